@@ -1,0 +1,18 @@
+#include "notice.h"
+
+#include <unistd.h>
+
+#include <mutex>
+#include <set>
+#include <string>
+
+void noticeOnce(std::string_view text) {
+  // Never destroyed: a monitor may still be sampling while the process ends.
+  static auto& mutex = *new std::mutex;
+  static auto& said = *new std::set<std::string, std::less<>>;
+  const std::lock_guard lock(mutex);
+  if (!said.emplace(text).second) return;
+  const std::string line = "corvane: " + std::string(text) + "\n";
+  // Nobody is left to tell when standard error itself cannot be written.
+  [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <chrono>
+
+/// Monotonic time, at which readings are taken and over which rates are computed.
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+/// The period of a monitor that blocks by itself. Deadlines are absolute, so that the work between
+/// two waits does not make the sampling drift; deadlines that were missed are skipped.
+class Period {
+ public:
+  /// The first period starts now. 0 and below: wait() returns at once.
+  void start(int milliseconds);
+  void wait();
+
+ private:
+  std::chrono::nanoseconds length_{0};
+  SteadyTime deadline_{};
+};

@@ -1,0 +1,5 @@
+#include "version.h"
+
+#include <cstdio>
+
+void printLibraryVersion() { std::puts("Corvane Library Version : v" CORVANE_LIBRARY_VERSION); }
