@@ -18,7 +18,8 @@ std::uint64_t advance(std::uint64_t before, std::uint64_t now) {
 
 CpuTicks parseTicks(std::string_view fields) {
   std::array<std::uint64_t, 8> values{};
-  for (auto& value : values) value = nextNumber(fields).value_or(0);
+  for (auto& value : values)
+    value = nextNumber(fields).value_or(0);
   const auto [user, nice, system, idle, iowait, irq, softirq, steal] = values;
   return {.online = true,
           .busy = user + nice + system + irq + softirq,
@@ -30,7 +31,8 @@ CpuTicks parseTicks(std::string_view fields) {
 }  // namespace
 
 void parseCpuTicks(std::string_view stat, std::vector<CpuTicks>& ticks) {
-  for (auto& core : ticks) core.online = false;
+  for (auto& core : ticks)
+    core.online = false;
   std::string_view line;
   while (nextLine(stat, line) && line.starts_with("cpu")) {
     const auto suffix = nextWord(line).substr(3);
@@ -91,7 +93,9 @@ CPU_MON::CPU_MON() : coreCount(int(possibleCpus())) {
   if (state->read()) state->before.swap(state->now);
 }
 
-CPU_MON::~CPU_MON() { delete &attached<State>(opaque_); }
+CPU_MON::~CPU_MON() {
+  delete &attached<State>(opaque_);
+}
 
 void CPU_MON::corvane_setSamplingTime(int milliseconds) {
   attached<State>(opaque_).period.start(milliseconds);
@@ -110,6 +114,8 @@ double* CPU_MON::corvane_getPerCoreUsage() {
   return state.usage.data();
 }
 
-double* CPU_MON::corvane_getPerCoreStealTime() { return attached<State>(opaque_).steal.data(); }
+double* CPU_MON::corvane_getPerCoreStealTime() {
+  return attached<State>(opaque_).steal.data();
+}
 
 }  // namespace cpu

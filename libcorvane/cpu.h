@@ -7,9 +7,9 @@
 
 /// Ticks that one core, or all together, have spent since boot.
 struct CpuTicks {
-  bool online = false;       ///< an offline core has no line
-  std::uint64_t busy = 0;    ///< user, nice, system, irq, softirq; guest times are within user, nice
-  std::uint64_t idle = 0;    ///< may run backwards on its own
+  bool online = false;     ///< an offline core has no line
+  std::uint64_t busy = 0;  ///< user, nice, system, irq, softirq; guest times are within user, nice
+  std::uint64_t idle = 0;  ///< may run backwards on its own
   std::uint64_t iowait = 0;  ///< may run backwards on its own
   std::uint64_t steal = 0;   ///< 0 where the kernel does not count it
 };

@@ -12,7 +12,8 @@ std::vector<int> parseCpuList(std::string_view text) {
     const auto first = toNumber<int>(range.substr(0, dash));
     const auto last = dash == range.npos ? first : toNumber<int>(range.substr(dash + 1));
     if (!first || !last || *first < 0 || *last >= mostCpus) break;
-    for (int cpu = *first; cpu <= *last; ++cpu) cpus.push_back(cpu);
+    for (int cpu = *first; cpu <= *last; ++cpu)
+      cpus.push_back(cpu);
   }
   return cpus;
 }

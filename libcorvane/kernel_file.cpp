@@ -1,12 +1,11 @@
 #include "kernel_file.h"
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 #include <utility>
 namespace {
 
@@ -18,9 +17,15 @@ std::string& root() {
 
 }  // namespace
 
-const std::string& kernelRoot() { return root(); }
-void setKernelRoot(std::string path) { root() = std::move(path); }
-bool onRealKernel() { return root().empty(); }
+const std::string& kernelRoot() {
+  return root();
+}
+void setKernelRoot(std::string path) {
+  root() = std::move(path);
+}
+bool onRealKernel() {
+  return root().empty();
+}
 
 Descriptor::Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
 

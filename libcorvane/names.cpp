@@ -4,7 +4,9 @@
 
 namespace {
 
-bool isContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+bool isContinuation(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
 
 /// Bytes of the well-formed UTF-8 character at the start of `text`; 0 where there is none.
 std::size_t characterLength(std::string_view text) {
@@ -13,7 +15,8 @@ std::size_t characterLength(std::string_view text) {
   if (first < 0x80) return 1;
   const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
   if (first < 0xC2 || first > 0xF4 || text.size() < length) return 0;
-  if (!std::all_of(text.begin() + 1, text.begin() + std::ptrdiff_t(length), isContinuation)) return 0;
+  if (!std::all_of(text.begin() + 1, text.begin() + std::ptrdiff_t(length), isContinuation))
+    return 0;
   // Overlong forms, surrogates and what lies beyond the last code point.
   const bool bad = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
                    (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F);
@@ -43,7 +46,9 @@ std::string safeName(std::string_view name, std::size_t longest) {
   if (safe.size() <= longest) return safe;
   std::size_t headEnd = (longest - 2) / 2;
   std::size_t tailStart = safe.size() - (longest - 2 - headEnd);
-  while (isContinuation(safe[headEnd])) --headEnd;
-  while (tailStart < safe.size() && isContinuation(safe[tailStart])) ++tailStart;
+  while (isContinuation(safe[headEnd]))
+    --headEnd;
+  while (tailStart < safe.size() && isContinuation(safe[tailStart]))
+    ++tailStart;
   return safe.substr(0, headEnd) + ".." + safe.substr(tailStart);
 }

@@ -1,10 +1,9 @@
 #include "notice.h"
 
-#include <unistd.h>
-
 #include <mutex>
 #include <set>
 #include <string>
+#include <unistd.h>
 
 void noticeOnce(std::string_view text) {
   // Never destroyed: a monitor may still be sampling while the process ends.

@@ -1,8 +1,7 @@
 #include "period.h"
 
-#include <time.h>
-
 #include <cerrno>
+#include <time.h>
 
 void Period::start(int milliseconds) {
   length_ = std::chrono::milliseconds(milliseconds > 0 ? milliseconds : 0);

@@ -2,4 +2,6 @@
 
 #include <cstdio>
 
-void printLibraryVersion() { std::puts("Corvane Library Version : v" CORVANE_LIBRARY_VERSION); }
+void printLibraryVersion() {
+  std::puts("Corvane Library Version : v" CORVANE_LIBRARY_VERSION);
+}

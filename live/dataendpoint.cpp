@@ -1,0 +1,170 @@
+#include "dataendpoint.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iomanip>
+#include <sstream>
+#include <utility>
+
+namespace {
+
+/// One message, one write: the collectors print beside this.
+void put(const std::string& text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+std::string mebibytes(unsigned long long bytes) {
+  return std::to_string(double(bytes) * 0x1p-20);
+}
+
+}  // namespace
+
+DATAENDPOINT::DATAENDPOINT() {
+  put("Reached the constructor for dataendpoint.\n");
+}
+
+DATAENDPOINT::~DATAENDPOINT() {
+  close();
+  dataEndPoint.endpointMutex.unlock();
+}
+
+void DATAENDPOINT::close() {
+  dataEndPoint.endpointMutex.lock();
+  put("Datapoint : Entered the destructor.\n");
+  std::fill_n(dataEndPoint.sampleReady, int(sourceCount), 0);
+}
+
+template <class Store>
+int DATAENDPOINT::handOff(Source source, Store store) {
+  const std::lock_guard lock(dataEndPoint.endpointMutex);
+  if (dataEndPoint.headersPrinted == 0) {
+    setHeaders();
+    dataEndPoint.headersPrinted = 1;
+  }
+  store();
+  dataEndPoint.sampleReady[source] = 1;
+  printRowIfComplete();
+  return 0;
+}
+
+int DATAENDPOINT::flushCPUSample(double load, int) {
+  return handOff(CPU, [&] { dataEndPoint.cpuLoad = load; });
+}
+
+int DATAENDPOINT::flushGPUSample(unsigned long frequency, float utilization, int) {
+  return handOff(GPU, [&] {
+    dataEndPoint.gpuFrequency = frequency;
+    dataEndPoint.gpuUtilization = utilization;
+  });
+}
+
+int DATAENDPOINT::flushADSPSample(float load, long frequency, int) {
+  return handOff(ADSP, [&] {
+    dataEndPoint.adspLoad = load;
+    dataEndPoint.adspFrequency = frequency;
+  });
+}
+
+int DATAENDPOINT::flushCDSPSample(float load, long frequency, int) {
+  return handOff(CDSP, [&] {
+    dataEndPoint.cdspLoad = load;
+    dataEndPoint.cdspFrequency = frequency;
+  });
+}
+
+int DATAENDPOINT::flushDDRSample(int bandwidth, int) {
+  return handOff(DDR, [&] { dataEndPoint.ddrBandwidth = bandwidth; });
+}
+
+int DATAENDPOINT::flushMEMSample(float usage, int) {
+  return handOff(MEM, [&] { dataEndPoint.memUsage = usage; });
+}
+
+int DATAENDPOINT::flushNETSample(std::string interface, unsigned long long txBytes,
+                                 unsigned long long rxBytes, int) {
+  return handOff(NET, [&] {
+    dataEndPoint.interfaceName = std::move(interface);
+    dataEndPoint.netTxBytes = txBytes;
+    dataEndPoint.netRxBytes = rxBytes;
+  });
+}
+
+void DATAENDPOINT::printRowIfComplete() {
+  dataEndPoint.rowReady = true;
+  for (const Source source : {CPU, GPU, ADSP, CDSP, DDR, MEM, NET}) {
+    if (dataEndPoint.sampleReady[source] == 0) dataEndPoint.rowReady = false;
+  }
+  if (!dataEndPoint.rowReady) return;
+  setOutput();
+  startNextRow();
+}
+
+/// The network's values and name stay: they were so in the last period that has any.
+void DATAENDPOINT::startNextRow() {
+  dataEndPoint.cpuLoad = 0;
+  dataEndPoint.gpuUtilization = 0;
+  dataEndPoint.gpuFrequency = 0;
+  dataEndPoint.adspFrequency = 0;
+  dataEndPoint.adspLoad = 0;
+  dataEndPoint.cdspFrequency = 0;
+  dataEndPoint.cdspLoad = 0;
+  dataEndPoint.cdsp1Frequency = 0;
+  dataEndPoint.cdsp1Load = 0;
+  dataEndPoint.ddrBandwidth = 0;
+  dataEndPoint.memUsage = 0;
+  for (int source = 0; source < sourceCount; ++source) {
+    if (dataEndPoint.profilerEnabled[source] != 0) dataEndPoint.sampleReady[source] = 0;
+  }
+}
+
+void DATAENDPOINT::setHeaders() {
+  const std::pair<Source, const char*> columns[] = {
+      {CPU, "CPU Load"},        {GPU, "GPU Utilization"}, {GPU, "GPU Freq(MHz)"},
+      {ADSP, "ADSP Load"},      {ADSP, "ADSP Frequency"}, {CDSP, "CDSP Load"},
+      {CDSP, "CDSP Frequency"}, {CDSP1, "CDSP1 Load"},    {CDSP1, "CDSP1 Frequency"},
+      {DDR, "DDR BW Total"},    {MEM, "Memory Usage(%)"}, {NET, "Interface Name"},
+      {NET, "Tx(MB)"},          {NET, "Rx(MB)"},
+  };
+  std::vector<std::string> row;
+  for (const auto& [source, name] : columns) {
+    if (enabled(source)) row.emplace_back(name);
+  }
+  printVector(row, 0);
+}
+
+void DATAENDPOINT::setOutput() {
+  const auto& data = dataEndPoint;
+  std::vector<std::string> row;
+  const auto add = [&](Source source, auto... values) {
+    if (enabled(source)) (row.push_back(std::to_string(values)), ...);
+  };
+  add(CPU, data.cpuLoad);
+  add(GPU, data.gpuUtilization, data.gpuFrequency);
+  add(ADSP, data.adspLoad, data.adspFrequency);
+  add(CDSP, data.cdspLoad, data.cdspFrequency);
+  add(CDSP1, data.cdsp1Load, data.cdsp1Frequency);
+  add(DDR, data.ddrBandwidth);
+  add(MEM, data.memUsage);
+  if (!enabled(NET)) {
+    printVector(row, 1);
+    return;
+  }
+  row.insert(row.end(),
+             {data.interfaceName, mebibytes(data.netTxBytes), mebibytes(data.netRxBytes)});
+  printVector(row, 0);
+}
+
+void DATAENDPOINT::printVector(std::vector<std::string> row, int mode) {
+  std::ostringstream line;
+  if (mode == 1) line << std::fixed << std::setprecision(2);
+  for (const auto& text : row) {
+    line << std::setw(20);
+    if (mode == 1) {
+      line << std::atof(text.c_str());
+    } else {
+      line << text;
+    }
+  }
+  put(line.str() + "\n");
+}

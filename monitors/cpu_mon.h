@@ -30,8 +30,8 @@ class __attribute__((visibility("default"))) CPU_MON {
   /// Does not block. Valid until the next call.
   double* corvane_getPerCoreStealTime();
 
-  /// Number of cores that can ever be online ("possible"); fixed for the life of the object. Programs
-  /// read it in place: it is the first data member.
+  /// Number of cores that can ever be online ("possible"); fixed for the life of the object.
+  /// Programs read it in place: it is the first data member.
   int coreCount;
 
  private:

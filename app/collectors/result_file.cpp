@@ -1,0 +1,96 @@
+#include "result_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "console.h"
+#include "end_process.h"
+#include "run_parameters.h"
+
+ResultFile::ResultFile(std::string_view prefix)
+    : path_(logFolder + "/" + std::string(prefix) + filename + ".txt"),
+      fd_(::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {}
+
+ResultFile::~ResultFile() {
+  if (fd_ < 0) return;
+  struct stat info{};
+  if (::fstat(fd_, &info) == 0 && info.st_nlink == 0) {
+    warn(path_ + " was removed while the run went on");
+  }
+  ::close(fd_);
+}
+
+void ResultFile::endUnlessOpen(std::string_view message) const {
+  if (isOpen()) return;
+  say(message);
+  endProcess(0);
+}
+
+void ResultFile::writeHeader(std::initializer_list<Column> columns) {
+  for (const auto& column : columns)
+    addText(column.name, column.width);
+  endLine();
+  flush();
+}
+
+void ResultFile::addText(std::string_view text, std::size_t width) {
+  buffer_.append(width > text.size() ? width - text.size() : 0, ' ');
+  buffer_ += text;
+}
+
+void ResultFile::addSigned(std::int64_t value, std::size_t width) {
+  char digits[24];
+  addText({digits, std::to_chars(digits, std::end(digits), value).ptr}, width);
+}
+
+void ResultFile::addUnsigned(std::uint64_t value, std::size_t width) {
+  char digits[24];
+  addText({digits, std::to_chars(digits, std::end(digits), value).ptr}, width);
+}
+
+void ResultFile::addFixed(double value, std::size_t width, int decimals) {
+  char digits[400];  // the largest double has 309 digits before the point
+  const auto end =
+      std::isfinite(value)
+          ? std::to_chars(digits, std::end(digits), value, std::chars_format::fixed, decimals).ptr
+          : digits + std::snprintf(digits, sizeof digits, "%f", value);
+  addText({digits, end}, width);
+}
+
+void ResultFile::addShortest(double value, std::size_t width) {
+  char digits[32];
+  addText({digits, digits + std::snprintf(digits, sizeof digits, "%g", value)}, width);
+}
+
+void ResultFile::flush() {
+  std::string_view left = buffer_;
+  while (fd_ >= 0 && !left.empty()) {
+    const ssize_t count = ::write(fd_, left.data(), left.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) {
+      const int error = errno;
+      const auto taken = buffer_.size() - left.size();
+      const auto lastEnd = std::string_view(buffer_).substr(0, taken).rfind('\n');
+      written_ += lastEnd == std::string_view::npos ? 0 : lastEnd + 1;
+      giveUp(error);
+      break;
+    }
+    left.remove_prefix(std::size_t(count));
+    if (left.empty()) written_ += buffer_.size();
+  }
+  buffer_.clear();
+}
+
+void ResultFile::giveUp(int error) {
+  [[maybe_unused]] const int result = ::ftruncate(fd_, off_t(written_));
+  warn(path_ + ": " + std::strerror(error) + "; it keeps what was written and takes no more");
+  ::close(fd_);
+  fd_ = -1;
+}

@@ -1,9 +1,7 @@
-#include "cpu_mon.h"
-
 #include <gmock/gmock.h>
-
 #include <vector>
 
+#include "cpu_mon.h"
 #include "kernel_tree.h"
 
 using testing::ElementsAre;

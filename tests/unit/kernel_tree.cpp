@@ -1,9 +1,8 @@
 #include "kernel_tree.h"
 
-#include <stdlib.h>
-
 #include <filesystem>
 #include <fstream>
+#include <stdlib.h>
 
 #include "kernel_file.h"
 
@@ -12,7 +11,8 @@ namespace fs = std::filesystem;
 KernelTree::KernelTree(std::initializer_list<std::pair<std::string, std::string>> files)
     : root_((fs::temp_directory_path() / "kernel-tree.XXXXXX").string()) {
   if (mkdtemp(root_.data()) == nullptr) throw fs::filesystem_error("mkdtemp", std::error_code());
-  for (const auto& [path, content] : files) write(path, content);
+  for (const auto& [path, content] : files)
+    write(path, content);
   setKernelRoot(root_);
 }
 
@@ -31,4 +31,6 @@ void KernelTree::link(const std::string& path, const std::string& target) const 
   fs::create_symlink(target, root_ + path);
 }
 
-void KernelTree::remove(const std::string& path) const { fs::remove_all(root_ + path); }
+void KernelTree::remove(const std::string& path) const {
+  fs::remove_all(root_ + path);
+}

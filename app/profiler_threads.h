@@ -1,0 +1,48 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <pthread.h>
+
+/// One source that can be sampled. The main thread fills it in before the collectors start.
+struct ProfilerThread {
+  std::uint8_t enabled;        ///< asked for on the command line
+  char name[23];               ///< NUL-terminated
+  void* (*threadFunc)(void*);  ///< the collector; null: the slot cannot run
+  int index;                   ///< the slot's own number
+  int sampleTime;              ///< ms; 0 and below: back to back
+  pthread_t thread;
+  pthread_cond_t cond;    ///< wakes the collector early
+  pthread_mutex_t mutex;  ///< guards cond
+};
+
+/// A slot's number is the identity of its source throughout the system.
+enum Slot : int {
+  cpuSlot,
+  gpuSlot,
+  adspSlot,
+  cdspSlot,
+  cdsp1Slot,
+  ddrSlot,
+  memSlot,
+  procSlot,
+  diskSlot,
+  procmemSlot,
+  netSlot,
+  spareSlot,
+  slotCount
+};
+
+extern std::array<ProfilerThread, slotCount> profilerThreads;
+
+/// Starts the collectors of the enabled slots in their order; 0, or the first error, after which
+/// no further one is started.
+int startThreads();
+/// Waits until every collector that was started has ended.
+void waitThreads();
+/// Wakes every collector that waits for its next sample.
+void notifyThreadsExit();
+
+/// Waits the slot's sampling time. 110 (ETIMEDOUT): go on sampling; anything else: stop. The
+/// monitors that pace themselves get this function as their callback.
+int cond_timedwait(int slot);

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+/// The local time as 2025-01-31.09:05:07.
+std::string getCurrentTime();
+
+/// Makes the base folder and, below it, the run folder named by the run's suffix, and sets
+/// `logFolder`. Says what came of it; nothing stops the run here, a folder that is missing shows up
+/// when a collector cannot open its file.
+void setupDirectoryStructure();

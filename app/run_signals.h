@@ -1,0 +1,27 @@
+#pragma once
+
+#include <atomic>
+
+// How a run ends: the stop signals (SIGINT, SIGTERM, SIGABRT) ask for it, SIGALRM says that the
+// total time is over. The handler runs only where the main thread lets it in, so no signal is lost
+// between a test and a wait, and none meets a console that its own thread holds.
+
+extern std::atomic<bool> stopRequested;  ///< a stop signal has come
+extern std::atomic<bool> timeExpired;    ///< the run timer has fired
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes the flags");
+
+/// Blocks the four signals in this thread and in every thread that it starts from now on, installs
+/// their handler and starts the run timer.
+void signal_setup();
+
+/// Lets the signals in until one of the flags is set.
+void waitForRunEnd();
+
+/// Lets the signals in as long as it lives.
+class SignalsLetIn {
+ public:
+  SignalsLetIn();
+  ~SignalsLetIn();
+  SignalsLetIn(const SignalsLetIn&) = delete;
+  SignalsLetIn& operator=(const SignalsLetIn&) = delete;
+};

@@ -1,0 +1,85 @@
+"""Runs the built program in a folder of its own, with the scripted monitor library in front."""
+
+import os
+import shlex
+import signal
+import subprocess
+from pathlib import Path
+
+import pytest
+
+BUILD = Path(os.environ["CORVANE_BUILD"])
+RUNNER = shlex.split(os.environ.get("CORVANE_RUNNER", ""))  # an emulator, for another processor
+PROGRAM = [*RUNNER, str(BUILD / "profiler_app")]
+
+
+class Run:
+    """One run: its console text, exit status, result files and the recorded monitor calls."""
+
+    def __init__(self, folder, process, out, err):
+        self.folder, self.status = folder, process.returncode
+        self.out, self.err = out.decode(), err.decode()
+
+    def result(self, prefix, suffix="x"):
+        path = self.folder / f"Results_corvane/{suffix}/{prefix}_{suffix}.txt"
+        return path.read_bytes().decode()
+
+    @property
+    def calls(self):
+        path = self.folder / "calls"
+        return path.read_text().splitlines() if path.exists() else []
+
+
+class Profiler:
+    def __init__(self, folder):
+        self.folder = folder
+
+    def start(self, options, script="", scripted=True, before=(), args_after=(), **popen):
+        environment = dict(os.environ, TZ="UTC")
+        if scripted:
+            (self.folder / "script").write_text(script)
+            environment |= {
+                "LD_LIBRARY_PATH": str(BUILD / "scripted"),
+                "CORVANE_SCRIPT": str(self.folder / "script"),
+                "CORVANE_CALLS": str(self.folder / "calls"),
+            }
+        environment |= popen.pop("env", {})
+        popen = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE} | popen
+        return subprocess.Popen(
+            [*before, *PROGRAM, *options.split(), *args_after],
+            cwd=self.folder, env=environment, **popen,
+        )
+
+    def finish(self, process):
+        try:
+            out, err = process.communicate(timeout=60)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            raise
+        return Run(self.folder, process, out or b"", err or b"")
+
+    def run(self, options, script="", **popen):
+        return self.finish(self.start(options, script, **popen))
+
+    def run_and_signal(self, options, number, script="", at="Started all threads", **popen):
+        """Sends the signal when the console shows the text."""
+        process = self.start(options, script, **popen)
+        seen = b""
+        while at.encode() not in seen:
+            line = process.stdout.readline()
+            assert line, f"ended without {at!r}: {seen.decode()}"
+            seen += line
+        process.send_signal(number)
+        run = self.finish(process)
+        run.out = seen.decode() + run.out
+        return run
+
+
+@pytest.fixture
+def profiler(tmp_path):
+    return Profiler(tmp_path)
+
+
+def pytest_configure():
+    # What a test starts must be able to receive it, whatever the caller of the tests ignores.
+    signal.signal(signal.SIGINT, signal.default_int_handler)

@@ -1,0 +1,383 @@
+// Another build of the monitor library: plays the values of a script ($CORVANE_SCRIPT) and records
+// the calls ($CORVANE_CALLS). A script line is "SOURCE [signal=N] [slow=MS] VALUES..."; each line
+// is one sample. When a source's lines are played out it reports a stop where its interface can,
+// and repeats the last line where it cannot.
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <signal.h>
+#include <sstream>
+#include <time.h>
+#include <unistd.h>
+
+#include "cpu_mon.h"
+#include "ddr_mon.h"
+#include "disk_mon.h"
+#include "dsp_mon.h"
+#include "gpu_mon.h"
+#include "memory_mon.h"
+#include "net_mon.h"
+#include "perprocmem_mon.h"
+#include "process_mon.h"
+#include "version.h"
+
+namespace {
+
+void record(const std::string& call) {
+  const char* path = std::getenv("CORVANE_CALLS");
+  if (path == nullptr) return;
+  const int fd = ::open(path, O_WRONLY | O_CREAT | O_APPEND, 0666);
+  const std::string line = call + "\n";
+  if (::write(fd, line.data(), line.size()) < 0) std::abort();
+  ::close(fd);
+}
+
+std::string joined(const std::vector<int>& numbers) {
+  std::string text;
+  for (const int number : numbers)
+    text += " " + std::to_string(number);
+  return text;
+}
+
+void sleepMilliseconds(int milliseconds) {
+  const timespec time{.tv_sec = milliseconds / 1000, .tv_nsec = milliseconds % 1000 * 1'000'000L};
+  if (milliseconds > 0) nanosleep(&time, nullptr);
+}
+
+/// Sends the signal and returns when the main thread has taken it.
+void sendSignal(int number) {
+  kill(getpid(), number);
+  sigset_t pending;
+  do {
+    sleepMilliseconds(2);
+    sigpending(&pending);
+  } while (sigismember(&pending, number) == 1);
+}
+
+class Script {
+ public:
+  static Script& get() {
+    static auto& script = *new Script;
+    return script;
+  }
+
+  /// The next sample of a source; false when its lines are played out.
+  bool next(const std::string& source, std::istringstream& values) {
+    std::string line;
+    bool fresh = true;
+    {
+      const std::lock_guard lock(mutex_);
+      auto& state = sources_[source];
+      fresh = state.played < state.lines.size();
+      if (fresh) ++state.played;
+      if (state.played > 0) line = state.lines[state.played - 1];
+    }
+    values = std::istringstream(line);
+    runDirectives(values, fresh);
+    return fresh;
+  }
+
+ private:
+  struct Source {
+    std::vector<std::string> lines;
+    std::size_t played = 0;
+  };
+
+  Script() {
+    const char* path = std::getenv("CORVANE_SCRIPT");
+    std::ifstream file(path != nullptr ? path : "");
+    for (std::string source, rest; file >> source && std::getline(file, rest);) {
+      sources_[source].lines.push_back(rest);
+    }
+  }
+
+  static void runDirectives(std::istringstream& values, bool fresh) {
+    for (;;) {
+      const auto start = values.tellg();
+      std::string word;
+      values >> word;
+      const auto number = [&] { return std::atoi(word.c_str() + word.find('=') + 1); };
+      if (word.starts_with("signal=")) {
+        if (fresh) sendSignal(number());
+      } else if (word.starts_with("slow=")) {
+        sleepMilliseconds(number());
+      } else {
+        values.clear();
+        values.seekg(start);
+        return;
+      }
+    }
+  }
+
+  std::mutex mutex_;
+  std::map<std::string, Source> sources_;
+};
+
+constexpr int goOn = 110;
+
+/// What the monitors keep in the storage that the program sets aside for them.
+struct State {
+  int slot = 0;
+  int (*wait)(int) = nullptr;
+  int period = 0;
+  double usage[64] = {}, steal[64] = {};
+  float floats[5] = {};
+  long frequency = 0;
+  std::int64_t bandwidths[6] = {};
+  std::uint64_t kilobytes[6] = {};
+  std::vector<diskio::diskStats>* disks = nullptr;
+};
+static_assert(sizeof(State) <= 4096);
+
+State& in(unsigned char* opaque) {
+  return *reinterpret_cast<State*>(opaque);
+}
+State& make(unsigned char* opaque, const std::string& call) {
+  record(call);
+  return *new (opaque) State;
+}
+void setPeriod(unsigned char* opaque, const std::string& monitor, int milliseconds) {
+  record(monitor + "::corvane_setSamplingTime " + std::to_string(milliseconds));
+  in(opaque).period = milliseconds;
+}
+
+}  // namespace
+
+void printLibraryVersion() {
+  puts("Scripted Library Version : v0");
+}
+
+namespace cpu {
+CPU_MON::CPU_MON() {
+  make(opaque_, "CPU_MON");
+  std::istringstream values;
+  Script::get().next("cpu.cores", values);
+  if (!(values >> coreCount)) coreCount = 2;
+}
+CPU_MON::~CPU_MON() {
+  record("~CPU_MON");
+}
+void CPU_MON::corvane_setSamplingTime(int ms) {
+  setPeriod(opaque_, "CPU_MON", ms);
+}
+double* CPU_MON::corvane_getPerCoreUsage() {
+  record("corvane_getPerCoreUsage");
+  sleepMilliseconds(in(opaque_).period);
+  auto& state = in(opaque_);
+  std::istringstream values;
+  if (!Script::get().next("cpu", values)) state.usage[0] = -1;
+  for (int i = 0; i <= coreCount && values >> state.usage[i];)
+    ++i;
+  for (int i = 0; i <= coreCount && values >> state.steal[i];)
+    ++i;
+  return state.usage;
+}
+double* CPU_MON::corvane_getPerCoreStealTime() {
+  record("corvane_getPerCoreStealTime");
+  return in(opaque_).steal;
+}
+}  // namespace cpu
+
+namespace gpu {
+GPU_MON::GPU_MON() {
+  make(opaque_, "GPU_MON");
+}
+GPU_MON::~GPU_MON() {
+  record("~GPU_MON");
+}
+std::vector<std::string> GPU_MON::corvane_getGPUHeaders() {
+  return {"  GPU  Freq (MHz)", "Util(%)", "Bus Busy", "rd bw", "wr"};
+}
+int GPU_MON::corvane_getGPUSample() {
+  std::istringstream values;
+  Script::get().next("gpu", values);
+  for (int i = 0; i < 5 && values >> in(opaque_).floats[i];)
+    ++i;
+  return 0;
+}
+float GPU_MON::corvane_getGPUFrequency() {
+  return in(opaque_).floats[0];
+}
+float GPU_MON::corvane_getGPUUtilization() {
+  return in(opaque_).floats[1];
+}
+float GPU_MON::corvane_gpuBusBusy() {
+  return in(opaque_).floats[2];
+}
+float GPU_MON::corvane_getReadBandwidth() {
+  return in(opaque_).floats[3];
+}
+float GPU_MON::corvane_getWriteBandwidth() {
+  return in(opaque_).floats[4];
+}
+}  // namespace gpu
+
+namespace dsp {
+DSP_MON::DSP_MON(int slot, int (*wait)(int)) {
+  auto& state = make(opaque_, "DSP_MON " + std::to_string(slot));
+  state.slot = slot;
+  state.wait = wait;
+}
+DSP_MON::~DSP_MON() {
+  record("~DSP_MON");
+}
+int DSP_MON::corvane_getDSPSample() {
+  auto& state = in(opaque_);
+  if (state.wait(state.slot) != goOn) return -1;
+  std::istringstream values;
+  if (!Script::get().next("dsp" + std::to_string(state.slot), values)) return 1;
+  values >> state.frequency >> state.floats[0];
+  return 0;
+}
+long DSP_MON::corvane_getDSPFrequency() {
+  return in(opaque_).frequency;
+}
+float DSP_MON::corvane_getDSPUtilization() {
+  return in(opaque_).floats[0];
+}
+}  // namespace dsp
+
+namespace ddr {
+DDR_MON::DDR_MON() {
+  make(opaque_, "DDR_MON");
+}
+DDR_MON::~DDR_MON() {
+  record("~DDR_MON");
+}
+void DDR_MON::corvane_setSamplingTime(int ms) {
+  setPeriod(opaque_, "DDR_MON", ms);
+}
+std::int64_t* DDR_MON::corvane_getDDRStats() {
+  std::istringstream values;
+  Script::get().next("ddr", values);
+  for (int i = 0; i < 6 && values >> in(opaque_).bandwidths[i];)
+    ++i;
+  return in(opaque_).bandwidths;
+}
+}  // namespace ddr
+
+namespace memory {
+MEMORY_MON::MEMORY_MON() {
+  make(opaque_, "MEMORY_MON");
+}
+MEMORY_MON::~MEMORY_MON() {
+  record("~MEMORY_MON");
+}
+std::uint64_t* MEMORY_MON::corvane_getMemStats() {
+  std::istringstream values;
+  Script::get().next("mem", values);
+  for (int i = 0; i < 6 && values >> in(opaque_).kilobytes[i];)
+    ++i;
+  return in(opaque_).kilobytes;
+}
+}  // namespace memory
+
+namespace process {
+PROCESS_MON::PROCESS_MON(int (*wait)(int), std::vector<int> pids) {
+  make(opaque_, "PROCESS_MON" + joined(pids)).wait = wait;
+}
+PROCESS_MON::PROCESS_MON(int (*wait)(int)) {
+  make(opaque_, "PROCESS_MON").wait = wait;
+}
+PROCESS_MON::~PROCESS_MON() {
+  record("~PROCESS_MON");
+}
+void PROCESS_MON::corvane_setSamplingTime(int ms) {
+  setPeriod(opaque_, "PROCESS_MON", ms);
+}
+std::vector<procStats> PROCESS_MON::corvane_getProcessStats(std::vector<int> pids) {
+  record("corvane_getProcessStats" + joined(pids));
+  return corvane_getProcessStats();
+}
+std::vector<procStats> PROCESS_MON::corvane_getProcessStats() {
+  std::vector<procStats> processes;
+  std::istringstream values;
+  if (in(opaque_).wait(7) != goOn || !Script::get().next("proc", values)) return processes;
+  std::string name;
+  for (procStats p{}; values >> p.pid && std::getline(values.ignore(), name, '|') &&
+                      values >> p.userTime >> p.systemTime >> p.totalTime >> p.usage;) {
+    std::strncpy(p.name, name.c_str(), sizeof p.name - 1);
+    processes.push_back(p);
+  }
+  return processes;
+}
+}  // namespace process
+
+namespace diskio {
+DISK_MON::DISK_MON(int (*wait)(int)) {
+  auto& state = make(opaque_, "DISK_MON");
+  state.wait = wait;
+  state.disks = new std::vector<diskStats>;
+}
+DISK_MON::~DISK_MON() {
+  record("~DISK_MON");
+}
+void DISK_MON::corvane_setSamplingTime(int ms) {
+  setPeriod(opaque_, "DISK_MON", ms);
+}
+std::vector<diskStats>* DISK_MON::corvane_getIOStats() {
+  auto& disks = *in(opaque_).disks;
+  disks.clear();
+  std::istringstream values;
+  if (in(opaque_).wait(8) != goOn || !Script::get().next("disk", values)) return &disks;
+  std::string name;
+  for (diskStats d{}; values >> name >> d.sectorsRead >> d.sectorsWritten;) {
+    std::strncpy(d.name, name.c_str(), sizeof d.name - 1);
+    disks.push_back(d);
+  }
+  return &disks;
+}
+int DISK_MON::corvane_getNumOfIOStats() {
+  return int(in(opaque_).disks->size());
+}
+}  // namespace diskio
+
+namespace procmem {
+PERPROCMEM_MON::PERPROCMEM_MON() {
+  make(opaque_, "PERPROCMEM_MON");
+}
+PERPROCMEM_MON::~PERPROCMEM_MON() {
+  record("~PERPROCMEM_MON");
+}
+std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats(std::vector<int> pids) {
+  record("corvane_getPerProcessMemStats" + joined(pids));
+  return corvane_getPerProcessMemStats();
+}
+std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats() {
+  std::vector<procMemStats> processes;
+  std::istringstream values;
+  if (!Script::get().next("procmem", values)) return processes;
+  for (procMemStats p{}; values >> p.pid >> p.parentPid &&
+                         std::getline(values.ignore(), p.name, '|') &&
+                         values >> p.vss >> p.pss >> p.rss >> p.uss;) {
+    processes.push_back(p);
+  }
+  return processes;
+}
+}  // namespace procmem
+
+namespace net {
+NET_MON::NET_MON() {
+  make(opaque_, "NET_MON");
+}
+NET_MON::~NET_MON() {
+  record("~NET_MON");
+}
+void NET_MON::corvane_setSamplingTime(int ms) {
+  setPeriod(opaque_, "NET_MON", ms);
+}
+std::vector<netStats> NET_MON::corvane_getNetstats() {
+  sleepMilliseconds(in(opaque_).period);
+  std::vector<netStats> interfaces;
+  std::istringstream values;
+  Script::get().next("net", values);
+  for (netStats n{}; values >> n.name >> n.collisions >> n.txBytes >> n.rxBytes >> n.txPackets >>
+                     n.rxPackets >> n.txDropped >> n.rxDropped;) {
+    interfaces.push_back(n);
+  }
+  return interfaces;
+}
+}  // namespace net

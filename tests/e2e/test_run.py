@@ -1,0 +1,192 @@
+"""How a run begins and ends: folders, signals, faults."""
+
+import re
+import resource
+import signal
+
+import pytest
+
+SUMMARY = (
+    "+" * 47 + "SUMMARY" + "+" * 48 + "\n\n"
+    + "Metric".rjust(30) + "".join("  |" + name.rjust(20) for name in ("Min", "Avg", "Max"))
+    + "  |\n{rows}\n" + "+" * 103 + "\n"
+)  # fmt: skip
+
+
+def test_whole_console(profiler):
+    run = profiler.run("-c -A 5 -t 1 -f x", "cpu 1 2 3\ncpu 2 2 4\n")
+    rows = "".join(
+        name.rjust(30) + "".join("  |" + value.rjust(20) for value in values.split()) + "  |\n"
+        for name, values in [
+            ("CPUStealTime(%)", "0.00 0.00 0.00"),
+            ("TotalCPU", "1.00 1.50 2.00"),
+            ("cpu0(%)", "2.00 2.00 2.00"),
+            ("cpu0steal(%)", "0.00 0.00 0.00"),
+            ("cpu1(%)", "3.00 3.50 4.00"),
+            ("cpu1steal(%)", "0.00 0.00 0.00"),
+        ]
+    )
+    text = re.sub(r"qtime start = .*", "qtime start = 1.000", run.out)
+    text, files = re.sub(r"(File = .*\n)+", "FILES\n", text), re.findall("File = (.*)", run.out)
+    text = re.sub(r"Starting cpu profiler\.\n", "", text, count=1)  # where it stands is chance
+    assert sorted(files) == [".", "..", "cpuprofiler_x.txt"]
+    path = "Results_corvane/x/cpuprofiler_x.txt"
+    assert text == (
+        "qtime start = 1.000\n--cpu option received. Setting the CPU Profiler flag.\n"
+        "--cpu-sample-time option received.\n"
+        "--total-time option received. Setting the profiling time now.\n"
+        "--file option received\nfilename = x\n"
+        "The parameters and flags have the following values : \n\tcpu sampling time =  5\n"
+        "\n\tJsonfile = 0, \n\tCSVfile = 0, liveProfiling = 0, profilingTime = 1s, "
+        "Reached the constructor for dataendpoint.\nFilename x\n"
+        "Directory creation successful.\nCreating the log folder now.\n"
+        "Directory creation successful.\nThe logFolder is Results_corvane/x\n"
+        "Started all threads\n" + "CPU Load".rjust(20) + "\n\nwaitThread enter\nwaitThread exit\n"
+        "Datapoint : Entered the destructor.\nProfiling done\n"
+        "Directory to be parsed = Results_corvane/x\nFILES\n"
+        f"Processing File : {path}\nCalling the CPU profiler parser\n"
+        f"In generate Summary : Processing : {path}\n" + SUMMARY.format(rows=rows)
+    )
+    assert (run.status, run.err) == (0, "")
+
+
+def test_nothing_enabled(profiler):
+    run = profiler.run_and_signal("-f x", signal.SIGTERM, at="Started all threads")
+    assert "Started all threads\n\n\nnotifyThreadsExit\nwaitThread enter\nwaitThread exit\n" in run.out
+    assert run.out.endswith(SUMMARY.format(rows=""))
+    assert run.status == 0
+
+
+ALL = "-cgadroipun"
+ENDLESS = """\
+cpu slow=2 1
+gpu 1
+dsp2 1 1
+dsp3 1 1
+ddr 1
+mem 1
+proc 1 a|0 0 0 0
+procmem 1 0 a|1 1 1 1
+disk sda 1 1
+net lo 0 0 0 0 0 0 0
+"""
+
+
+@pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGABRT])
+@pytest.mark.parametrize("at", ["Filename ", "Started all threads"])
+def test_stop_signal_ends_a_run_without_a_limit(profiler, number, at):
+    run = profiler.run_and_signal(f"{ALL} -s 3000 -t 0 -A 20 -N 20 -f x", number, ENDLESS, at=at)
+    assert "\nnotifyThreadsExit\nwaitThread enter\nwaitThread exit\n" in run.out
+    assert "\nProfiling done\n" in run.out
+    assert run.out.endswith("+\n")
+    assert (run.status, run.err) == (0, "")
+
+
+def test_timer_ends_a_run_without_notice(profiler):
+    run = profiler.run(f"{ALL} -s 50 -t 1 -f x", ENDLESS * 100)
+    assert "notifyThreadsExit" not in run.out
+    assert run.out.endswith("+\n")
+    assert len(run.result("memprofiler").splitlines()) > 3
+    assert run.status == 0
+
+
+def test_stop_after_the_timer_ends_a_run_without_a_limit(profiler):
+    run = profiler.run_and_signal(
+        "-o -i -s 50 -t 0 -t 1 -f x", signal.SIGINT, "mem 1\n" + "disk sda 1 1\n" * 999,
+        at="waitThread enter",
+    )  # fmt: skip
+    assert "notifyThreadsExit" not in run.out
+    assert (run.status, run.out[-2:]) == (0, "+\n")
+
+
+def test_suffix_from_the_start_time(profiler):
+    run = profiler.run("-c -A 5 -t 1", "cpu 1\n")
+    suffix = re.search(r"Setting filename to current time\nFilename (.*)\n", run.out)[1]
+    assert re.fullmatch(r"20\d\d-\d\d-\d\d-\d\d_\d\d_\d\d", suffix)
+    assert run.result("cpuprofiler", suffix)
+
+
+def test_second_run_with_a_suffix_overwrites(profiler):
+    profiler.run("-c -A 1 -t 1 -f x", "cpu 1\n" * 50)
+    run = profiler.run("-c -A 1 -t 1 -f x", "cpu 7\n")
+    exists = "Results_corvane exists.\n"
+    assert exists + "Creating the log folder now.\n" + exists in run.out
+    assert len(run.result("cpuprofiler").splitlines()) == 2
+
+
+@pytest.mark.parametrize(
+    "suffix, error", [("a/b", 2), ("n" * 300, 36), ("a b", 0), ("\u00fc\u2603", 0), ("", 0)]
+)
+def test_suffixes(profiler, suffix, error):
+    process = profiler.start("-c -A 1 -t 1 -f", "cpu 1\n", args_after=[suffix])
+    run = profiler.finish(process)
+    reports = {0: "exists" if suffix == "" else "successful"}
+    failed = f"Directory creation failed with error = {error}\n"
+    assert reports.get(error, failed) in run.out.split("Creating the log folder now.\n")[1]
+    assert ("The file could not be opened.\n\n" in run.out) == (error != 0)
+    assert error or run.result("cpuprofiler", suffix)
+    assert (run.status, run.err) == (0, "")
+
+
+REFUSALS = {
+    "-c": "The file could not be opened.\n\n",
+    "-a": "The dsp profiler file is not opened.\n",
+    "-r": "The file could not be opened.\n\n",
+    "-o": "The mem profiler file is not opened.\n",
+    "-p": "The file could not be opened.\n\n",
+    "-i": "The diskio profiler file is not opened.\n",
+    "-n": "The file could not be opened.\n\n",
+}
+
+
+@pytest.mark.parametrize("source", REFUSALS)
+def test_file_that_cannot_be_opened_ends_the_program(profiler, source):
+    (profiler.folder / "Results_corvane").touch()
+    run = profiler.run(f"{source} -t 20 -f x", ENDLESS)
+    assert "Directory creation failed with error = 20\n" in run.out
+    assert REFUSALS[source] in run.out
+    assert "Profiling done" not in run.out
+    assert (run.status, run.err) == (0, "")
+
+
+@pytest.mark.parametrize(
+    "source, message",
+    [("-g", "Opening of the gpu_profiler file failed.\n"),
+     ("-u", "The procmem file is not opened.\n")],
+)  # fmt: skip
+def test_file_that_cannot_be_opened_ends_only_its_source(profiler, source, message):
+    (profiler.folder / "Results_corvane").touch()
+    run = profiler.run(f"{source} -B 5 -t 1 --live -f x", "gpu 1 2\n")
+    assert message in run.out
+    assert "\nProfiling done\n" in run.out
+    assert ("2.00".rjust(20) + "1.00".rjust(20) in run.out) == (source == "-g")
+
+
+def test_all_sources_failing_at_once_end_the_process_once(profiler):
+    (profiler.folder / "Results_corvane").touch()
+    for _ in range(20):
+        run = profiler.run(f"{ALL} -t 20 -f x", ENDLESS)
+        assert (run.status, run.err) == (0, "")
+
+
+def test_full_disk_keeps_the_complete_lines(profiler):
+    def limit_file_size():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+
+    run = profiler.run(
+        "-c -A 1 -t 1 -f x", "cpu 1\n" * 50,
+        preexec_fn=limit_file_size, env={"CORVANE_CALLS": "/dev/null"},
+    )  # fmt: skip
+    lines = run.result("cpuprofiler").splitlines(keepends=True)
+    assert len(lines) == 1000 // 111 and {len(line) for line in lines} == {111}
+    assert run.err.count("corvane: ") == 1 and "cpuprofiler_x.txt: File too large" in run.err
+    assert (run.status, run.out[-2:]) == (0, "+\n")
+
+
+@pytest.mark.parametrize("target", ["closed", "/dev/full"])
+def test_console_that_takes_nothing(profiler, target):
+    command = ["sh", "-c", '"$0" "$@" ' + (">&- 2>&-" if target == "closed" else f">{target}")]
+    run = profiler.run("-c -A 1 -t 1 -f x", "cpu 1\n" * 3, before=command)
+    assert run.status == 0
+    assert run.result("cpuprofiler").count("\n") == 4
