@@ -1,0 +1,74 @@
+#include "line_reader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::size_t bufferSize = 128UL << 10U;
+
+/// A run folder can have a name that makes even the file that is being written match a kind of
+/// result file: without the limit its own output would be read for ever.
+std::uint64_t sizeLimit(int descriptor) {
+  struct stat status{};
+  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
+    return std::uint64_t(status.st_size);
+  return std::numeric_limits<std::uint64_t>::max();
+}
+
+}  // namespace
+
+LineReader::LineReader(const std::string& path)
+    : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+  if (!isOpen()) return;
+  left_ = sizeLimit(descriptor_);
+  buffer_.resize(bufferSize);
+}
+
+LineReader::~LineReader() {
+  if (isOpen()) close(descriptor_);
+}
+
+bool LineReader::next(std::string_view& line) {
+  if (unterminated_) return false;
+  std::size_t searched = begin_;
+  for (;;) {
+    const char* const data = buffer_.data();
+    const void* const lineEnd = std::memchr(data + searched, '\n', end_ - searched);
+    const std::size_t unsearched = end_ - begin_;
+    if (lineEnd != nullptr) {
+      line = {data + begin_, static_cast<const char*>(lineEnd)};
+      begin_ += line.size() + 1;
+      return true;
+    }
+    if (!fill()) break;
+    searched = begin_ + unsearched;
+  }
+  line = {buffer_.data() + begin_, end_ - begin_};
+  begin_ = end_;
+  unterminated_ = !line.empty();
+  return unterminated_;
+}
+
+/// Adds to what is left in the buffer, which it moves to the front; false at the end of the file.
+bool LineReader::fill() {
+  std::copy(buffer_.begin() + std::ptrdiff_t(begin_), buffer_.begin() + std::ptrdiff_t(end_),
+            buffer_.begin());
+  end_ -= begin_;
+  begin_ = 0;
+  if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
+  const auto room = std::min<std::uint64_t>(buffer_.size() - end_, left_);
+  ssize_t count = 0;
+  do
+    count = read(descriptor_, buffer_.data() + end_, room);
+  while (count < 0 && errno == EINTR);
+  if (count <= 0) return false;
+  end_ += std::size_t(count);
+  left_ -= std::uint64_t(count);
+  return true;
+}

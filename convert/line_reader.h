@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Reads a file line by line through a buffer that grows only for a line longer than itself. What
+/// cannot be read is taken for the end of the file, a folder for an empty file.
+class LineReader {
+ public:
+  explicit LineReader(const std::string& path);
+  ~LineReader();
+  LineReader(const LineReader&) = delete;
+  LineReader& operator=(const LineReader&) = delete;
+
+  bool isOpen() const { return descriptor_ >= 0; }
+  /// The next line without its end, valid until the next call; false at the end of the file.
+  bool next(std::string_view& line);
+  /// Whether the file's last line has been given and has no line end.
+  bool endedInsideLine() const { return unterminated_; }
+
+ private:
+  bool fill();
+
+  int descriptor_ = -1;
+  bool unterminated_ = false;
+  std::uint64_t left_ = 0;  // bytes of the file that are still to be read
+  std::vector<char> buffer_;
+  std::size_t begin_ = 0, end_ = 0;  // what is in the buffer and not yet given out
+};

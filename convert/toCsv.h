@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// Converts every result file of a run folder (no "/" at its end) into a CSV file beside it.
+/// Always 0.
+int csvConvert(std::string directory);
+
+/// Converts those of `paths` that contain ".txt". Always 0.
+int parseFilesCsv(std::vector<std::string> paths);
+
+/// Writes the fields of a result file into the file of the same name that ends in ".csv" in place
+/// of its last four characters; numbers go through a 32-bit float and have two decimals. The
+/// output stays open: parseFilesCsv closes it. Returns -1 when `path` cannot be opened, else 0.
+int generateCSV(std::string path);
