@@ -27,10 +27,11 @@ void printStart() {
 }
 
 void numberSlots() {
-  for (std::size_t i = 0; i < profilerThreads.size(); ++i) {
-    if (profilerThreads[i].threadFunc == nullptr) continue;
-    profilerThreads[i].index = int(i);
-    profilerThreads[i].sampleTime = 0;
+  for (int number = 0; number < slotCount; ++number) {
+    auto& slot = profilerThreads[number];
+    if (slot.threadFunc == nullptr) continue;
+    slot.index = number;
+    slot.sampleTime = 0;
   }
 }
 

@@ -21,7 +21,7 @@ int toInt(const char* text) {
 using Action = void (*)(int slot, const char* argument);
 
 void enable(int slot, const char* /*argument*/) {
-  profilerThreads[std::size_t(slot)].enabled = 1;
+  profilerThreads[slot].enabled = 1;
 }
 
 void setSampleTime(int slot, const char* argument) {
@@ -30,7 +30,7 @@ void setSampleTime(int slot, const char* argument) {
     say(std::string(argument) + " is invalid for sample-time, back to default sample-time\n");
     time = samplingTime;
   }
-  profilerThreads[std::size_t(slot)].sampleTime = time;
+  profilerThreads[slot].sampleTime = time;
 }
 
 void setTotalTime(int /*slot*/, const char* argument) {

@@ -11,7 +11,7 @@
 
 static_assert(ETIMEDOUT == 110, "the monitors' callback promises this number");
 
-std::array<ProfilerThread, slotCount> profilerThreads{{
+ProfilerThread profilerThreads[slotCount] = {
     {.name = "cpu", .threadFunc = startCPUProfiling},
     {.name = "gpu", .threadFunc = startGPUProfiling},
     {.name = "adsp", .threadFunc = startDSPProfiling},
@@ -24,7 +24,7 @@ std::array<ProfilerThread, slotCount> profilerThreads{{
     {.name = "procmem", .threadFunc = startPROCMEMProfiling},
     {.name = "net", .threadFunc = startNETProfiling},
     {.name = "", .threadFunc = nullptr},
-}};
+};
 
 namespace {
 
@@ -78,7 +78,7 @@ void notifyThreadsExit() {
     if (!runs(slot)) continue;
     pthread_mutex_lock(&slot.mutex);
     if (const int error = pthread_cond_signal(&slot.cond); error != 0) {
-      say("pthread_cond_signal failed! indx: " + std::to_string(&slot - profilerThreads.data()) +
+      say("pthread_cond_signal failed! indx: " + std::to_string(&slot - profilerThreads) +
           ", ret = " + std::to_string(error) + "\n");
     }
     pthread_mutex_unlock(&slot.mutex);
@@ -87,7 +87,7 @@ void notifyThreadsExit() {
 }
 
 int cond_timedwait(int slotNumber) {
-  auto& slot = profilerThreads[std::size_t(slotNumber)];
+  auto& slot = profilerThreads[slotNumber];
   timespec now{};
   if (clock_gettime(CLOCK_REALTIME, &now) != 0) return -1;
   const timespec deadline = after(now, slot.sampleTime);

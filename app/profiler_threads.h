@@ -1,19 +1,18 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <pthread.h>
 
 /// One source that can be sampled. The main thread fills it in before the collectors start.
 struct ProfilerThread {
-  std::uint8_t enabled;        ///< asked for on the command line
-  char name[23];               ///< NUL-terminated
-  void* (*threadFunc)(void*);  ///< the collector; null: the slot cannot run
-  int index;                   ///< the slot's own number
-  int sampleTime;              ///< ms; 0 and below: back to back
-  pthread_t thread;
-  pthread_cond_t cond;    ///< wakes the collector early
-  pthread_mutex_t mutex;  ///< guards cond
+  std::uint8_t enabled = 0;              ///< asked for on the command line
+  char name[23] = "";                    ///< NUL-terminated
+  void* (*threadFunc)(void*) = nullptr;  ///< the collector; null: the slot cannot run
+  int index = 0;                         ///< the slot's own number
+  int sampleTime = 0;                    ///< ms; 0 and below: back to back
+  pthread_t thread = {};
+  pthread_cond_t cond = {};    ///< wakes the collector early
+  pthread_mutex_t mutex = {};  ///< guards cond
 };
 
 /// A slot's number is the identity of its source throughout the system.
@@ -33,7 +32,7 @@ enum Slot : int {
   slotCount
 };
 
-extern std::array<ProfilerThread, slotCount> profilerThreads;
+extern ProfilerThread profilerThreads[slotCount];
 
 /// Starts the collectors of the enabled slots in their order; 0, or the first error, after which
 /// no further one is started.

@@ -168,7 +168,10 @@ double* CPU_MON::corvane_getPerCoreUsage() {
   sleepMilliseconds(in(opaque_).period);
   auto& state = in(opaque_);
   std::istringstream values;
-  if (!Script::get().next("cpu", values)) state.usage[0] = -1;
+  if (!Script::get().next("cpu", values)) {
+    state.usage[0] = -1;
+    return state.usage;
+  }
   for (int i = 0; i <= coreCount && values >> state.usage[i];)
     ++i;
   for (int i = 0; i <= coreCount && values >> state.steal[i];)

@@ -7,20 +7,16 @@ def cells(*texts):
     return "".join(text.rjust(20) for text in texts)
 
 
-ONE = "cpu 12.345 1 1\n"
-GPU = "gpu signal=2 305.9 37.5 0 0 0\n"
-
-
 @pytest.mark.parametrize(
     "options, script, header, rows",
     [
-        ("-c -A 5", "cpu 12.345\ncpu 0.004\ncpu 100\n", cells("CPU Load"),
+        ("-c -A 5", "cpu 12.345\ncpu 0.004\ncpu 100\ncpu signal=2\n", cells("CPU Load"),
          [cells("12.35"), cells("0.00"), cells("100.00")]),
         # The GPU waits for its second sample; the CPU value of a row is the newest.
         ("-c -A 5 -g -B 9999", "cpu 1\ncpu signal=2 slow=100 2\n" + "gpu 305.9 37.5 0 0 0\n",
          cells("CPU Load", "GPU Utilization", "GPU Freq(MHz)"),
          [cells("1.00", "37.50", "305.00")]),
-        ("-a -C 5 -d -D 5", "dsp2 7 1.5\ndsp3 9 2.5\n",
+        ("-a -C 5 -d -D 5", "dsp2 7 1.5\ndsp3 9 2.5\ndsp3 signal=2 slow=50\n",
          cells("ADSP Load", "ADSP Frequency", "CDSP Load", "CDSP Frequency"),
          [cells("1.50", "7.00", "2.50", "9.00")]),
         ("-r -o -s 9999", "mem 4 3 1 0 0 0\nddr slow=50 signal=2 1 2 3 4 5 4294967297\n",
@@ -30,12 +26,11 @@ GPU = "gpu signal=2 305.9 37.5 0 0 0\n"
          "net signal=2\n",
          cells("Memory Usage(%)", "Interface Name", "Tx(MB)", "Rx(MB)"),
          [cells("25.000000", "eth0", "1.000000", "2.500000")]),
-        ("-p -F 5", "proc 1 a|0 0 0 0\n", "", []),
+        ("-p -F 5", "proc 1 a|0 0 0 0\nproc signal=2\n", "", []),
     ],
 )  # fmt: skip
 def test_rows(profiler, options, script, header, rows):
-    ends = "-t 60" if "signal" in script else "-t 1"
-    run = profiler.run(f"{options} --live {ends} -f x", script)
+    run = profiler.run(f"{options} --live -t 60 -f x", script)
     lines = run.out.split("\n")
     # Once by the main thread, once by the first hand-off, whichever comes first.
     assert [line for line in lines if header and line == header] == [header] * 2 * bool(header)
@@ -45,5 +40,5 @@ def test_rows(profiler, options, script, header, rows):
 
 
 def test_header_stands_once_without_live(profiler):
-    run = profiler.run("-c -A 5 -t 1 -f x", "cpu 1\n")
+    run = profiler.run("-c -A 5 -f x", "cpu 1\ncpu signal=2\n")
     assert run.out.split("\n").count(cells("CPU Load")) == 1

@@ -102,12 +102,9 @@ SOURCES = {
 @pytest.mark.parametrize("source", SOURCES)
 def test_result_file(profiler, source):
     options, prefix, width, message, script, header, lines = SOURCES[source]
-    if "signal" not in script:
-        # The source ends by itself; the run goes on until a signal of a source that is watched.
-        process = profiler.start(options + " -t 1 -f x", script)
-        run = profiler.finish(process)
-    else:
-        run = profiler.run(options + " -t 60 -f x", script)
+    if script and "signal" not in script:
+        script += script.splitlines()[-1].split()[0] + " signal=2\n"  # one sample that is not taken
+    run = profiler.run(f"{options} -t {60 if script else 1} -f x", script)
     text = run.result(prefix)
     assert text.endswith("\n")
     first, *rest = text[:-1].split("\n")
