@@ -1,0 +1,94 @@
+# Shared by the scripts beside it: where things are, the Debian packages that each job needs, and
+# how a preset is built. To be sourced.
+# shellcheck shell=bash
+set -euo pipefail
+
+root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
+# No byte code beside the sources: they may be another user's.
+export PYTHONDONTWRITEBYTECODE=1
+
+# The one list of packages, by what they are needed for.
+declare -A packages=(
+  [build]="clang-19 libc++-19-dev libc++abi-19-dev lld-19 cmake ninja-build
+           googletest python3 python3-pytest"
+  [sanitizers]="libclang-rt-19-dev"
+  [gcc]="g++-12"
+  [lint]="clang-format-19 clang-tidy-19 shellcheck"
+)
+
+say() { printf 'scripts/%s: %s\n' "${0##*/}" "$*" >&2; }
+fail() {
+  say "$@"
+  exit 1
+}
+
+# missing_packages PURPOSE...: those not installed, on one line. Where there is no dpkg, nothing is
+# known to be missing, and CMake names what it lacks.
+missing_packages() {
+  command -v dpkg-query >/dev/null || return 0
+  local purpose wanted=() installed package missing=()
+  for purpose; do
+    read -ra installed -d '' <<<"${packages[$purpose]}" || true
+    wanted+=("${installed[@]}")
+  done
+  installed=$(dpkg-query -W -f='${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null) || true
+  for package in "${wanted[@]}"; do
+    grep -qxF "installed $package" <<<"$installed" || missing+=("$package")
+  done
+  echo "${missing[*]}"
+}
+
+# need PURPOSE...: installs what is missing, by sudo where the caller is not root.
+need() {
+  local missing as_root=()
+  missing=$(missing_packages "$@")
+  [[ $missing ]] || return 0
+  local hint="packages are missing; as root: apt-get install $missing"
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null || fail "$hint"
+    as_root=(sudo)
+  fi
+  say "installing $missing"
+  as_root+=(env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=300)
+  "${as_root[@]}" update </dev/null >&2 || say "going on with the package lists there are"
+  # shellcheck disable=SC2086  # a list of names
+  "${as_root[@]}" install -y --no-install-recommends $missing </dev/null >&2 || fail "$hint"
+}
+
+# build_dir PRESET: in the checkout, or in the caller's cache where the checkout may not be written.
+build_dir() {
+  local dir=$root/build/$1
+  if ! { mkdir -p "$dir" && [[ -w $dir ]]; } 2>/dev/null; then
+    dir=${XDG_CACHE_HOME:-$HOME/.cache}/corvane/$(cksum <<<"$root" | cut -d' ' -f1)/$1
+    mkdir -p "$dir"
+  fi
+  echo "$dir"
+}
+
+# What root builds in another's checkout must not lock its owner out.
+hand_back() {
+  if ((EUID == 0)) && [[ -d $root/build && ! -O $root ]]; then
+    chown -R --reference="$root" "$root/build"
+  fi
+}
+
+# build PRESET [TARGET...]: configures where needed and builds, without a word when all is built.
+# Everything goes to standard error. One build at a time in a folder.
+build() {
+  local preset=$1 dir lock status=0
+  shift
+  dir=$(build_dir "$preset")
+  exec {lock}<"$dir"
+  flock "$lock"
+  if [[ ! -e $dir/build.ninja || $root/CMakePresets.json -nt $dir/build.ninja ]]; then
+    say "configuring $dir"
+    (cd "$root" && cmake --preset "$preset" -B "$dir" -Wno-dev) >/dev/null || status=$?
+  fi
+  if ((status == 0)) && [[ $(ninja -C "$dir" -n "$@" 2>&1) != *"no work to do"* ]]; then
+    say "building $dir"
+    ninja -C "$dir" "$@" </dev/null >&2 || status=$?
+  fi
+  exec {lock}<&-
+  hand_back
+  return $status
+}
