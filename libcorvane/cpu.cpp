@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "counters.h"
 #include "cpu_list.h"
 #include "cpu_mon.h"
 #include "kernel_file.h"
@@ -11,10 +12,6 @@
 #include "text_scan.h"
 
 namespace {
-
-std::uint64_t advance(std::uint64_t before, std::uint64_t now) {
-  return now > before ? now - before : 0;
-}
 
 CpuTicks parseTicks(std::string_view fields) {
   std::array<std::uint64_t, 8> values{};
@@ -75,7 +72,7 @@ struct State {
       : before(cores + 1), now(cores + 1), shares(cores + 1), usage(cores + 1), steal(cores + 1) {}
 
   bool read() {
-    const auto text = stat.read();
+    const auto text = stat.readOnce();
     if (!text) {
       noticeOnce("no processor load: /proc/stat cannot be read");
       return false;

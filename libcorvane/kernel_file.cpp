@@ -43,25 +43,26 @@ Descriptor openKernelFile(const char* path, int flags) {
   return Descriptor(onRealKernel() ? ::open(path, flags) : ::open((root() + path).c_str(), flags));
 }
 
-std::optional<std::string_view> ReadBuffer::readAll(int fd) {
+std::optional<std::string_view> ReadBuffer::readFromStart(int fd, bool shortReadIsEnd) {
   std::size_t size = 0;
   for (;;) {
     if (size == bytes_.size()) bytes_.resize(2 * bytes_.size());
     const ssize_t got = ::pread(fd, bytes_.data() + size, bytes_.size() - size, off_t(size));
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return std::nullopt;
-    if (got == 0) return std::string_view(bytes_.data(), size);
     size += std::size_t(got);
+    if (got == 0 || (shortReadIsEnd && size < bytes_.size())) {
+      return std::string_view(bytes_.data(), size);
+    }
   }
 }
 
+std::optional<std::string_view> ReadBuffer::readAll(int fd) {
+  return readFromStart(fd, false);
+}
+
 std::optional<std::string_view> ReadBuffer::readOnce(int fd) {
-  ssize_t got = 0;
-  do {
-    got = ::pread(fd, bytes_.data(), bytes_.size(), 0);
-  } while (got < 0 && errno == EINTR);
-  if (got < 0) return std::nullopt;
-  return std::string_view(bytes_.data(), std::size_t(got));
+  return readFromStart(fd, true);
 }
 
 std::optional<std::string> readAttribute(const std::string& path) {

@@ -36,10 +36,13 @@ class ReadBuffer {
   /// The whole file from its start (the kernel hands out iterated files in pieces of about a
   /// page). Nothing and errno where a read fails. Valid until the next read into this buffer.
   std::optional<std::string_view> readAll(int fd);
-  /// As much as one read yields: enough for files that the kernel composes at once.
+  /// The same for a file that the kernel composes at once: a short read is the end, which saves
+  /// the read that finds nothing more.
   std::optional<std::string_view> readOnce(int fd);
 
  private:
+  std::optional<std::string_view> readFromStart(int fd, bool shortReadIsEnd);
+
   std::string bytes_ = std::string(4096, '\0');
 };
 
@@ -51,6 +54,7 @@ class KernelFile {
   bool isOpen() const { return bool(file_); }
   /// The file as it is now; nothing and errno where it cannot be read.
   std::optional<std::string_view> read() { return buffer_.readAll(file_.get()); }
+  std::optional<std::string_view> readOnce() { return buffer_.readOnce(file_.get()); }
 
  private:
   Descriptor file_;

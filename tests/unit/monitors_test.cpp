@@ -1,0 +1,77 @@
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+#include <sstream>
+
+#include "disk_mon.h"
+#include "memory_mon.h"
+#include "net_mon.h"
+#include "scenario.h"
+
+namespace {
+
+std::string memorySample(memory::MEMORY_MON& monitor) {
+  std::ostringstream text;
+  const std::uint64_t* figures = monitor.corvane_getMemStats();
+  for (int i = 0; i < 6; ++i)
+    text << figures[i] << (i < 5 ? ' ' : '\n');
+  return text.str();
+}
+
+std::string diskSample(diskio::DISK_MON& monitor) {
+  std::ostringstream text;
+  const auto* disks = monitor.corvane_getIOStats();
+  EXPECT_EQ(monitor.corvane_getNumOfIOStats(), int(disks->size()));
+  EXPECT_EQ(lastSlotWaitedFor(), 8);
+  for (const auto& disk : *disks) {
+    text << disk.name << ' ' << disk.sectorsRead << ' ' << disk.sectorsWritten << '\n';
+  }
+  return text.str();
+}
+
+std::string netSample(net::NET_MON& monitor) {
+  std::ostringstream text;
+  for (const auto& [name, collisions, txBytes, rxBytes, txPackets, rxPackets, txDropped,
+                    rxDropped] : monitor.corvane_getNetstats()) {
+    text << name << ' ' << collisions << ' ' << txBytes << ' ' << rxBytes << ' ' << txPackets << ' '
+         << rxPackets << ' ' << txDropped << ' ' << rxDropped << '\n';
+  }
+  return text.str();
+}
+
+template <class Monitor, class... Arguments>
+Scenario::Sampler sampler(std::string (*sample)(Monitor&), Arguments... arguments) {
+  auto monitor = std::make_shared<Monitor>(arguments...);
+  if constexpr (requires { monitor->corvane_setSamplingTime(0); }) {
+    monitor->corvane_setSamplingTime(0);
+  }
+  return [=] { return sample(*monitor); };
+}
+
+/// By the first word of the scenario's file name.
+const std::map<std::string, Scenario::Sampler (*)()> samplers = {
+    {"memory", [] { return sampler(memorySample); }},
+    {"disk", [] { return sampler(diskSample, scenarioWait); }},
+    {"net", [] { return sampler(netSample); }},
+};
+
+class Monitors : public testing::TestWithParam<std::string> {};
+
+TEST_P(Monitors, PublishWhatTheKernelSays) {
+  const auto& name = GetParam();
+  Scenario(FIXTURES "/monitors/" + name + ".txt").play(samplers.at(name.substr(0, name.find('_'))));
+}
+
+std::vector<std::string> scenarioNames() {
+  std::vector<std::string> names;
+  for (const auto& file : std::filesystem::directory_iterator(FIXTURES "/monitors")) {
+    names.push_back(file.path().stem());
+  }
+  return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, Monitors, testing::ValuesIn(scenarioNames()),
+                         [](const auto& info) { return info.param; });
+
+}  // namespace

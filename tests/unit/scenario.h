@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/// A machine's story in a text file: what its kernel files hold, how they change, and what a
+/// monitor is to publish meanwhile. A first part without a mark says what is played; then
+///
+///     === /proc/file            the file's new content follows
+///     === /sys/link -> target   a symbolic link
+///     --- /sys/path             the file or folder vanishes
+///     >>> start                 the monitor is made, and told its period
+///     >>> sample                the next sample; what it publishes follows
+///     >>> stop                  the same, where the wait for the period's end says stop
+///     >>> errors                what standard error has held since the start follows
+struct Scenario {
+  struct Step {
+    std::string mark, target, text;
+  };
+
+  std::string about;
+  std::vector<Step> steps;
+
+  explicit Scenario(const std::string& file);
+
+  /// Plays the story on a tree of its own. `start` makes the monitor and returns what takes a
+  /// sample and writes down what is published.
+  using Sampler = std::function<std::string()>;
+  void play(const std::function<Sampler()>& start) const;
+};
+
+/// Stands for the program's wait: lets no time pass and says go on (110), except in a step "stop".
+int scenarioWait(int slot);
+int lastSlotWaitedFor();
