@@ -114,7 +114,7 @@ class Disks {
 
   KernelFile diskstats_{"/proc/diskstats"};
   std::vector<Disk> disks_;
-  SteadyTime lastLook_{};
+  SteadyTime lastLook_;
   ReadBuffer sizeText_;
 };
 

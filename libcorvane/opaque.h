@@ -1,18 +1,16 @@
 #pragma once
 
-#include <cstring>
+#include <new>
 
 // A monitor object belongs to the program, which sets its storage aside without knowing what this
 // library keeps: one pointer, at the start of that storage.
 
 template <class State>
 void attach(unsigned char* opaque, State* state) {
-  std::memcpy(opaque, &state, sizeof state);
+  new (opaque) State*(state);
 }
 
 template <class State>
-State& attached(const unsigned char* opaque) {
-  State* state = nullptr;
-  std::memcpy(&state, opaque, sizeof state);
-  return *state;
+State& attached(unsigned char* opaque) {
+  return **std::launder(reinterpret_cast<State**>(opaque));
 }

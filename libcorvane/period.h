@@ -15,5 +15,5 @@ class Period {
 
  private:
   std::chrono::nanoseconds length_{0};
-  SteadyTime deadline_{};
+  SteadyTime deadline_;
 };

@@ -15,7 +15,8 @@ namespace {
 /// KB (1024 bytes) per second over the nominal period, truncated to a whole number.
 double rate(std::uint64_t sectors, int milliseconds) {
   const auto divisor = static_cast<std::uint64_t>(std::int64_t{milliseconds} * 1024);
-  return divisor == 0 ? 0 : double(sectors * 512'000 / divisor);
+  const std::uint64_t whole = divisor == 0 ? 0 : sectors * 512'000 / divisor;
+  return double(whole);
 }
 
 void writeBlock(ResultFile& file, double time, const std::vector<diskio::diskStats>& disks,
