@@ -107,6 +107,7 @@ constexpr std::array<Kind, 12> kinds{{
      .pid = "19",
      .metadataTid = "0",
      .metadataEchoed = true,
+     .traceNotice = "Thermal file processing now.",
      .events = ColumnEvents{.keys = thermalKeys, .namedByHeader = true}},
     {.id = PROCMEM_STATS,
      .fileName = "procmem-profiler",
@@ -121,6 +122,7 @@ constexpr std::array<Kind, 12> kinds{{
      .pid = "21",
      .metadataTid = "12",
      .metadataEchoed = true,
+     .traceNotice = "Net file processing now.",
      .events = RowEvents{.values = netValues, .nameField = 1, .bytesToMb = true}},
 }};
 
