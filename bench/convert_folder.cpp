@@ -2,10 +2,9 @@
 // standard error how much memory it took.
 //   convert_folder json|csv|summary FOLDER
 
+#include <cstdio>
+#include <exception>
 #include <fstream>
-#include <functional>
-#include <iostream>
-#include <map>
 #include <string>
 
 #include "summary.h"
@@ -14,23 +13,26 @@
 
 namespace {
 
+void convert(const std::string& to, const std::string& folder) {
+  if (to == "json") jsonConvert(folder);
+  if (to == "csv") csvConvert(folder);
+  if (to == "summary") getSummary(folder);
+}
+
 void tellPeakMemory() {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);)
-    if (line.starts_with("VmHWM:")) std::cerr << line << '\n';
+    if (line.starts_with("VmHWM:")) std::fprintf(stderr, "%s\n", line.c_str());
 }
 
 }  // namespace
 
-int main(int count, char** arguments) {
-  const std::map<std::string, std::function<int(std::string)>> conversions{
-      {"json", jsonConvert}, {"csv", csvConvert}, {"summary", getSummary}};
-  const auto conversion = conversions.find(count == 3 ? arguments[1] : "");
-  if (conversion == conversions.end()) {
-    std::cerr << "usage: convert_folder json|csv|summary FOLDER\n";
-    return 2;
-  }
-  conversion->second(arguments[2]);
+int main(int count, char** arguments) try {
+  if (count != 3) return 2;
+  convert(arguments[1], arguments[2]);
   tellPeakMemory();
   return 0;
+} catch (const std::exception& fault) {
+  std::fprintf(stderr, "convert_folder: %s\n", fault.what());
+  return 1;
 }

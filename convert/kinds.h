@@ -44,9 +44,9 @@ struct Kind {
   std::string_view name;
   std::string_view pid, metadataTid;  // in the trace
   bool metadataEchoed = false;        // on standard output
-  std::string_view traceNotice = {};  // printed before its events are made
+  const char* traceNotice = nullptr;  // printed before its events are made; null: nothing
   std::variant<ColumnEvents, RowEvents> events;
-  std::string_view summaryPrefix = {};
+  const char* summaryPrefix = "";
   std::vector<Summary>* summaries = nullptr;  // null: the kind is not summarised
 };
 

@@ -14,7 +14,7 @@ OutputFile trace;
 
 /// The metadata event and all counter events of a file whose first data row has been read.
 void putEvents(const Kind& kind, const std::vector<std::string>& header, ResultRows& rows) {
-  if (!kind.traceNotice.empty()) std::cout << kind.traceNotice << std::endl;
+  if (kind.traceNotice != nullptr) std::cout << kind.traceNotice << std::endl;
   const auto metadata =
       createMetadata("process_name", std::string(rows.fields().at(0)), std::string(kind.pid),
                      std::string(kind.metadataTid), "name", std::string(kind.name) + "_STATS");
