@@ -52,8 +52,9 @@ const char* findBlank(const char* at, const char* end) {
 
 void cutFields(std::string_view line, Fields& fields) {
   fields.clear();
-  const char* const end = line.data() + line.size();
-  for (const char* at = skipBlanks(line.data(), end); at != end; at = skipBlanks(at, end)) {
+  const char* at = line.data();
+  const char* const end = at + line.size();
+  for (at = skipBlanks(at, end); at != end; at = skipBlanks(at, end)) {
     const char* const start = at;
     at = findBlank(at, end);
     fields.emplace_back(start, std::size_t(at - start));

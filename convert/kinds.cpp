@@ -8,26 +8,32 @@ namespace {
 // The keys go by position, also where a file's columns stand in another order: total before read
 // and write for the DDR, and steal times of many cores as "frequency". Stored traces and what is
 // built on them rely on it.
-constexpr std::array cpuKeys{KeyFrom{1, "load"}, KeyFrom{10, "frequency"}};
-constexpr std::array gpuKeys{KeyFrom{1, "Frequency"}, KeyFrom{2, "Utilization"}};
-constexpr std::array dspKeys{KeyFrom{1, "Frequency"}, KeyFrom{2, "Load"},
-                             KeyFrom{3, "HVX Utilization"}, KeyFrom{4, "HMX Utilization"},
-                             KeyFrom{5, ""}};
-constexpr std::array ddrKeys{KeyFrom{1, "LLCC Total"},
-                             KeyFrom{2, "LLCC Read"},
-                             KeyFrom{3, "LLCC Write"},
-                             KeyFrom{4, "CABO Total"},
-                             KeyFrom{5, "CABO Read"},
-                             KeyFrom{6, "CABO Write"},
-                             KeyFrom{7, ""}};
-constexpr std::array thermalKeys{KeyFrom{1, "Temp(deg C)"}};
+constexpr std::array cpuKeys{KeyFrom{.column = 1, .key = "load"},
+                             KeyFrom{.column = 10, .key = "frequency"}};
+constexpr std::array gpuKeys{KeyFrom{.column = 1, .key = "Frequency"},
+                             KeyFrom{.column = 2, .key = "Utilization"}};
+constexpr std::array dspKeys{
+    KeyFrom{.column = 1, .key = "Frequency"}, KeyFrom{.column = 2, .key = "Load"},
+    KeyFrom{.column = 3, .key = "HVX Utilization"}, KeyFrom{.column = 4, .key = "HMX Utilization"},
+    KeyFrom{.column = 5, .key = ""}};
+constexpr std::array ddrKeys{KeyFrom{.column = 1, .key = "LLCC Total"},
+                             KeyFrom{.column = 2, .key = "LLCC Read"},
+                             KeyFrom{.column = 3, .key = "LLCC Write"},
+                             KeyFrom{.column = 4, .key = "CABO Total"},
+                             KeyFrom{.column = 5, .key = "CABO Read"},
+                             KeyFrom{.column = 6, .key = "CABO Write"},
+                             KeyFrom{.column = 7, .key = ""}};
+constexpr std::array thermalKeys{KeyFrom{.column = 1, .key = "Temp(deg C)"}};
 
-constexpr std::array memValues{KeyOfField{"  Mem Usage(%)", 4}};
-constexpr std::array procValues{KeyOfField{" Total CPU%", 6}};
-constexpr std::array diskValues{KeyOfField{"  KB_read/s", 3}, KeyOfField{"  KB_write/s", 5}};
-constexpr std::array procmemValues{KeyOfField{" VSS", 4}, KeyOfField{" PSS", 5},
-                                   KeyOfField{" RSS", 6}, KeyOfField{" USS", 7}};
-constexpr std::array netValues{KeyOfField{"Tx_bw(MB)", 3}, KeyOfField{"Rx_bw(MB)", 4}};
+constexpr std::array memValues{KeyOfField{.key = "  Mem Usage(%)", .field = 4}};
+constexpr std::array procValues{KeyOfField{.key = " Total CPU%", .field = 6}};
+constexpr std::array diskValues{KeyOfField{.key = "  KB_read/s", .field = 3},
+                                KeyOfField{.key = "  KB_write/s", .field = 5}};
+constexpr std::array procmemValues{
+    KeyOfField{.key = " VSS", .field = 4}, KeyOfField{.key = " PSS", .field = 5},
+    KeyOfField{.key = " RSS", .field = 6}, KeyOfField{.key = " USS", .field = 7}};
+constexpr std::array netValues{KeyOfField{.key = "Tx_bw(MB)", .field = 3},
+                               KeyOfField{.key = "Rx_bw(MB)", .field = 4}};
 
 constexpr std::array<Kind, 12> kinds{{
     {.id = CPU_STATS,
@@ -107,6 +113,7 @@ constexpr std::array<Kind, 12> kinds{{
      .pid = "19",
      .metadataTid = "0",
      .metadataEchoed = true,
+     .traceNotice = "Thermal file processing now.",
      .events = ColumnEvents{.keys = thermalKeys, .namedByHeader = true}},
     {.id = PROCMEM_STATS,
      .fileName = "procmem-profiler",
@@ -121,6 +128,7 @@ constexpr std::array<Kind, 12> kinds{{
      .pid = "21",
      .metadataTid = "12",
      .metadataEchoed = true,
+     .traceNotice = "Net file processing now.",
      .events = RowEvents{.values = netValues, .nameField = 1, .bytesToMb = true}},
 }};
 

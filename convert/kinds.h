@@ -43,9 +43,10 @@ struct Kind {
   std::string_view fileName;  // a part of the path of each of its files
   std::string_view name;
   std::string_view pid, metadataTid;  // in the trace
-  bool metadataEchoed = false;
+  bool metadataEchoed = false;        // on standard output
+  const char* traceNotice = nullptr;  // printed before its events are made; null: nothing
   std::variant<ColumnEvents, RowEvents> events;
-  std::string_view summaryPrefix = {};
+  const char* summaryPrefix = "";
   std::vector<Summary>* summaries = nullptr;  // null: the kind is not summarised
 };
 

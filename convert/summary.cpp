@@ -46,7 +46,7 @@ void generateSummary(std::string path, SYSIP kind) {
   // Kinds with a series for each column are those with a track for each column, and the memory.
   const auto series = kind == DISKIO_STATS ? deviceSeries(rows) : columnSeries(rows);
   for (const auto& [name, samples] : series)
-    found->summaries->push_back(samples.summary(std::string(found->summaryPrefix) + name));
+    found->summaries->push_back(samples.summary(found->summaryPrefix + name));
   summaryTable.push_back(*found->summaries);
 }
 

@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+/// How many files have been converted.
+extern int csvConversionCount;
+
 /// Converts every result file of a run folder (no "/" at its end) into a CSV file beside it.
 /// Always 0.
 int csvConvert(std::string directory);
