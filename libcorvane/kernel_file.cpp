@@ -96,3 +96,11 @@ std::vector<std::string> listFolder(const std::string& path) {
   std::sort(names.begin(), names.end());
   return names;
 }
+
+std::optional<std::string> resolvedPath(const std::string& path) {
+  char* const resolved = ::realpath((root() + path).c_str(), nullptr);
+  if (resolved == nullptr) return std::nullopt;
+  std::string target = resolved;
+  std::free(resolved);
+  return target;
+}

@@ -67,3 +67,6 @@ std::optional<double> readNumber(const std::string& path);
 
 /// Names of a folder's entries without "." and "..", sorted; empty where it cannot be read.
 std::vector<std::string> listFolder(const std::string& path);
+
+/// Where a path leads once its links are followed; nothing where it leads nowhere.
+std::optional<std::string> resolvedPath(const std::string& path);

@@ -5,10 +5,20 @@
 #include <string>
 #include <unistd.h>
 
+namespace {
+
+// Never destroyed: a monitor may still be sampling while the process ends.
+auto& mutex = *new std::mutex;
+auto& said = *new std::set<std::string, std::less<>>;
+
+}  // namespace
+
+void forgetNotices() {
+  const std::lock_guard lock(mutex);
+  said.clear();
+}
+
 void noticeOnce(std::string_view text) {
-  // Never destroyed: a monitor may still be sampling while the process ends.
-  static auto& mutex = *new std::mutex;
-  static auto& said = *new std::set<std::string, std::less<>>;
   const std::lock_guard lock(mutex);
   if (!said.emplace(text).second) return;
   const std::string line = "corvane: " + std::string(text) + "\n";

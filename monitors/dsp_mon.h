@@ -19,8 +19,9 @@ class __attribute__((visibility("default"))) DSP_MON {
   DSP_MON& operator=(const DSP_MON&) = delete;
 
   /// Blocks for one period through `wait`, then takes a sample. 0: a sample was taken (a DSP that
-  /// is stopped is one: frequency 0, load 0). Anything else: stop, because `wait` said so or
-  /// because the machine has no such processor (said once on standard error).
+  /// is stopped is one: frequency 0, load 0). Anything else: stop, because `wait` said so, because
+  /// the machine has no such processor (no period is waited then), or because it runs at a clock
+  /// that cannot be read; the latter two are said once on standard error.
   int corvane_getDSPSample();
 
   long corvane_getDSPFrequency();     ///< Hz, of the last sample

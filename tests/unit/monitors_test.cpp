@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "disk_mon.h"
+#include "dsp_mon.h"
 #include "memory_mon.h"
 #include "net_mon.h"
 #include "scenario.h"
@@ -40,6 +41,13 @@ std::string netSample(net::NET_MON& monitor) {
   return text.str();
 }
 
+std::string dspSample(dsp::DSP_MON& monitor) {
+  std::ostringstream text;
+  if (monitor.corvane_getDSPSample() != 0) return "none\n";
+  text << monitor.corvane_getDSPFrequency() << ' ' << monitor.corvane_getDSPUtilization() << '\n';
+  return text.str();
+}
+
 template <class Monitor, class... Arguments>
 Scenario::Sampler sampler(std::string (*sample)(Monitor&), Arguments... arguments) {
   auto monitor = std::make_shared<Monitor>(arguments...);
@@ -53,6 +61,8 @@ Scenario::Sampler sampler(std::string (*sample)(Monitor&), Arguments... argument
 const std::map<std::string, Scenario::Sampler (*)()> samplers = {
     {"memory", [] { return sampler(memorySample); }},
     {"disk", [] { return sampler(diskSample, scenarioWait); }},
+    {"adsp", [] { return sampler(dspSample, 2, scenarioWait); }},
+    {"cdsp", [] { return sampler(dspSample, 3, scenarioWait); }},
     {"net", [] { return sampler(netSample); }},
 };
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "kernel_file.h"
+
+/// A one-value attribute of a device that is read again and again. Its descriptor is kept; where
+/// the device has gone and come back, the attribute is opened anew.
+class Attribute {
+ public:
+  Attribute() = default;  ///< stands for an attribute that does not exist
+  explicit Attribute(std::string path);
+
+  bool exists() const { return bool(file_); }
+  /// The content without the blanks around it; nothing where it cannot be read now. Valid until
+  /// the next read.
+  std::optional<std::string_view> text();
+  /// The number that the content starts with ("45" of "45@300000000Hz").
+  std::optional<std::uint64_t> number();
+
+ private:
+  std::string path_;
+  Descriptor file_;
+  ReadBuffer buffer_;
+};
