@@ -50,9 +50,9 @@ need() {
   fi
   say "installing $missing"
   as_root+=(env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=300)
-  "${as_root[@]}" update </dev/null >&2 || say "going on with the package lists there are"
+  "${as_root[@]}" update </dev/null >/dev/null || say "going on with the package lists there are"
   # shellcheck disable=SC2086  # a list of names
-  "${as_root[@]}" install -y --no-install-recommends $missing </dev/null >&2 || fail "$hint"
+  "${as_root[@]}" install -y --no-install-recommends $missing </dev/null >/dev/null || fail "$hint"
 }
 
 # build_dir PRESET: in the checkout, or in the caller's cache where the checkout may not be written.
