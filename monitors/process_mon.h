@@ -12,7 +12,8 @@ struct procStats {
   double userTime;    ///< s since the process started
   double systemTime;  ///< s since the process started
   double totalTime;   ///< s, user and system together
-  double usage;       ///< share of the period, 1.0 = one core; never above the online cores
+  double usage;       ///< share of the period, 1.0 = one core; never above the online cores.
+                      ///< A process that started in the period: all it has used, over the period
 };
 
 static_assert(sizeof(procStats) == 104 && offsetof(procStats, name) == 4 &&

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <dirent.h>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "kernel_file.h"
+
+/// `/proc` as the folder of the processes. It stays open; nothing below it does, so that a machine
+/// of any number of processes fits into any descriptor limit.
+class ProcessFolder {
+ public:
+  ProcessFolder();
+
+  /// The PIDs of all processes, ascending. Valid until the next call of either.
+  const std::vector<int>& all();
+  /// Those of `pids` that can be a PID at all, ascending, each once.
+  const std::vector<int>& only(const std::vector<int>& pids);
+
+  /// The file `name` of a process, up to 4096 bytes of it. Nothing and errno where it cannot be
+  /// read. Valid until the next read.
+  std::optional<std::string_view> read(int pid, std::string_view name);
+
+ private:
+  struct Closer {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+  };
+
+  std::unique_ptr<DIR, Closer> folder_;
+  std::vector<int> pids_;
+  ReadBuffer buffer_;
+};
+
+/// Whether an error of ProcessFolder::read means that the process has ended. Others, such as a
+/// permission or a full descriptor table, say nothing about it.
+bool meansGone(int error);
+
+/// Drops from `known`, which is kept by PID, who is not in `pids`, and adds who is new there.
+template <class Entry>
+void follow(std::map<int, Entry>& known, const std::vector<int>& pids) {
+  auto entry = known.begin();
+  for (const int pid : pids) {
+    while (entry != known.end() && entry->first < pid)
+      entry = known.erase(entry);
+    if (entry == known.end() || entry->first != pid) entry = known.try_emplace(entry, pid);
+    ++entry;
+  }
+  known.erase(entry, known.end());
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "period.h"
+#include "process_clock.h"
+#include "process_folder.h"
+#include "process_stat.h"
+
+/// Processor time that a process had used at a moment.
+struct CpuReading {
+  std::uint64_t used = 0;  ///< ns since the process started
+  SteadyTime at{};
+};
+
+/// What is known of a process from one look to the next.
+struct Process {
+  std::string name;  ///< safe; empty: nothing could be read so far
+  CpuReading cpu;    ///< of the last look
+  int parentPid = 0;
+  std::uint64_t startTicks = 0;
+  std::uint64_t userTicks = 0;
+  std::uint64_t systemTicks = 0;
+  std::uint64_t virtualBytes = 0;
+  std::uint64_t usedAtStat = 0;  ///< cpu.used when `stat` was read
+  std::uint64_t usedAtName = 0;  ///< cpu.used when the name was read
+  SteadyTime nameAt{};
+  std::size_t commHash = 0;
+};
+
+enum class Sight {
+  gone,        ///< no process has this PID any more
+  unreadable,  ///< alive, but it could not be read: what was known stands
+  unchanged,   ///< known without reading `stat`
+  read,        ///< `stat` was read again
+  started      ///< the first look at this process; an earlier one may have had its PID
+};
+
+/// Looks at processes with as few file reads as the truth allows: whose processor-time clock
+/// stands still has not run, and who has not run has neither new times nor a new name.
+class ProcessWatch {
+ public:
+  /// `stale`: how many ns a process may run before its `stat` is read again (1: read at any move).
+  explicit ProcessWatch(std::uint64_t stale) : stale_(stale) {}
+
+  ProcessFolder& folder() { return folder_; }
+
+  Sight look(int pid, Process& process);
+  /// Reads `stat` in any case, without a new reading of the clock.
+  Sight readStat(int pid, Process& process) { return readStat(pid, process, Source::clock); }
+
+  /// The shortest time that readings can tell apart.
+  std::chrono::nanoseconds resolution() const;
+
+ private:
+  enum class Source { clock, ticks };  ///< of a process's processor time
+
+  Sight readStat(int pid, Process& process, Source source);
+  bool isStale(const Process& process, const CpuReading& now) const;
+  void readName(int pid, Process& process, const ProcessStat& stat);
+
+  ProcessFolder folder_;
+  ProcessClock clock_ = processClock();
+  std::uint64_t stale_;
+};
+
+/// Length of the kernel's clock tick in ns.
+std::uint64_t tickLength();

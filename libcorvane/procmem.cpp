@@ -1,0 +1,148 @@
+#include "procmem.h"
+
+#include <cerrno>
+#include <map>
+#include <unistd.h>
+
+#include "notice.h"
+#include "opaque.h"
+#include "perprocmem_mon.h"
+#include "process_watch.h"
+#include "text_scan.h"
+
+std::optional<ResidentMemory> parseRollup(std::string_view text) {
+  std::optional<std::uint64_t> resident, proportional, clean, dirty;
+  std::string_view line;
+  while (nextLine(text, line)) {
+    const auto key = nextWord(line);
+    if (key == "Rss:") resident = nextNumber(line);
+    if (key == "Pss:") proportional = nextNumber(line);
+    if (key == "Private_Clean:") clean = nextNumber(line);
+    if (key == "Private_Dirty:") dirty = nextNumber(line);
+  }
+  if (!resident || !proportional || !clean || !dirty) return std::nullopt;
+  return ResidentMemory{
+      .resident = *resident, .proportional = *proportional, .unique = *clean + *dirty};
+}
+
+std::optional<MemorySize> parseStatm(std::string_view text, std::uint64_t pageSize) {
+  const auto pages = nextNumber(text);
+  const auto resident = nextNumber(text);
+  if (!pages || !resident) return std::nullopt;
+  return MemorySize{.virtualSize = *pages * pageSize / 1024,
+                    .resident = *resident * pageSize / 1024};
+}
+
+namespace procmem {
+
+namespace {
+
+struct Watched {
+  Process process;
+  ResidentMemory memory;
+  bool measured = false;     ///< `memory` holds values of this process
+  bool denied = false;       ///< its smaps_rollup; stands until the process runs again
+  bool statIsFresh = false;  ///< `stat` was read in this sample
+};
+
+bool meansTooManyFiles(int error) {
+  return error == EMFILE || error == ENFILE;
+}
+
+procMemStats toRecord(int pid, const Watched& watched) {
+  return {.pid = pid,
+          .parentPid = watched.process.parentPid,
+          .name = watched.process.name,
+          .vss = watched.process.virtualBytes / 1024,
+          .pss = watched.memory.proportional,
+          .rss = watched.memory.resident,
+          .uss = watched.memory.unique};
+}
+
+struct State {
+  ProcessWatch watch{1};
+  std::map<int, Watched> known;
+  const std::uint64_t pageSize = std::uint64_t(::sysconf(_SC_PAGESIZE));
+
+  std::vector<procMemStats> sample(const std::vector<int>& pids) {
+    std::vector<procMemStats> records;
+    lookAtAll(pids);
+    records.reserve(known.size());
+    for (auto& [pid, watched] : known) {
+      // Not a kernel thread or a zombie, which have no memory of their own.
+      if (watched.process.virtualBytes == 0) continue;
+      if (!watched.statIsFresh && !parentStands(watched.process)) {
+        watch.readStat(pid, watched.process);
+      }
+      if (readMemory(pid, watched)) records.push_back(toRecord(pid, watched));
+    }
+    return records;
+  }
+
+  void lookAtAll(const std::vector<int>& pids) {
+    follow(known, pids);
+    for (auto entry = known.begin(); entry != known.end();) {
+      auto& [pid, watched] = *entry;
+      const auto sight = watch.look(pid, watched.process);
+      if (sight == Sight::started) watched.measured = false;
+      watched.statIsFresh = sight == Sight::started || sight == Sight::read;
+      if (watched.statIsFresh) watched.denied = false;
+      entry = sight == Sight::gone ? known.erase(entry) : std::next(entry);
+    }
+  }
+
+  /// A process gets another parent without running itself, but only when the one it had ends. Who
+  /// is younger than the child has taken over the PID of the parent.
+  bool parentStands(const Process& process) const {
+    const auto parent = known.find(process.parentPid);
+    return parent != known.end() && parent->second.process.virtualBytes != 0 &&
+           parent->second.process.startTicks <= process.startTicks;
+  }
+
+  /// False where the process has ended or has lost its memory since the look.
+  bool readMemory(int pid, Watched& watched) {
+    if (watched.denied) return readSize(pid, watched);
+    const auto text = watch.folder().read(pid, "smaps_rollup");
+    if (!text && errno == ESRCH) return false;
+    if (!text && meansTooManyFiles(errno)) return watched.measured;
+    const auto memory = text ? parseRollup(*text) : std::nullopt;
+    if (!memory) return readSize(pid, watched);
+    watched.memory = *memory;
+    return watched.measured = true;
+  }
+
+  /// For a process whose pages may not be looked at.
+  bool readSize(int pid, Watched& watched) {
+    const auto text = watch.folder().read(pid, "statm");
+    if (!text) return !meansGone(errno) && watched.measured;
+    const auto size = parseStatm(*text, pageSize);
+    if (!size || size->virtualSize == 0) return false;
+    noticeOnce("PSS and USS of some processes read 0: their /proc/PID/smaps_rollup cannot be read");
+    watched.denied = true;
+    watched.process.virtualBytes = size->virtualSize * 1024;
+    watched.memory = {.resident = size->resident, .proportional = 0, .unique = 0};
+    return watched.measured = true;
+  }
+};
+
+}  // namespace
+
+PERPROCMEM_MON::PERPROCMEM_MON() {
+  attach(opaque_, new State);
+}
+
+PERPROCMEM_MON::~PERPROCMEM_MON() {
+  delete &attached<State>(opaque_);
+}
+
+std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats(std::vector<int> pids) {
+  auto& state = attached<State>(opaque_);
+  return state.sample(state.watch.folder().only(pids));
+}
+
+std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats() {
+  auto& state = attached<State>(opaque_);
+  return state.sample(state.watch.folder().all());
+}
+
+}  // namespace procmem
