@@ -44,7 +44,7 @@ class Profiler:
                 "CORVANE_CALLS": str(self.folder / "calls"),
             }
         environment |= popen.pop("env", {})
-        popen = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE} | popen
+        popen = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "bufsize": 0} | popen
         return subprocess.Popen(
             [*before, *PROGRAM, *options.split(), *args_after],
             cwd=self.folder, env=environment, **popen,
