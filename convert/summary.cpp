@@ -44,7 +44,7 @@ void generateSummary(std::string path, SYSIP kind) {
     printLine("Summary feature not yet supported for " + std::to_string(kind));
     return;
   }
-  // Kinds with a series for each column are those with a track for each column, and the memory.
+  // A disk has a row of its own in each sample, all else has columns.
   const auto series = kind == DISKIO_STATS ? deviceSeries(rows) : columnSeries(rows);
   for (const auto& [name, samples] : series)
     found->summaries->push_back(samples.summary(found->summaryPrefix + name));
