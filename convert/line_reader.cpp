@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr std::size_t bufferSize = 128UL << 10U;
-
 /// A run folder can have a name that makes even the file that is being written match a kind of
 /// result file: without the limit its own output would be read for ever.
 std::uint64_t sizeLimit(int descriptor) {
@@ -23,7 +21,7 @@ std::uint64_t sizeLimit(int descriptor) {
 
 }  // namespace
 
-LineReader::LineReader(const std::string& path)
+LineReader::LineReader(const std::string& path, std::size_t bufferSize)
     : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
   if (!isOpen()) return;
   left_ = sizeLimit(descriptor_);
@@ -57,16 +55,15 @@ bool LineReader::next(std::string_view& line) {
 
 /// Adds to what is left in the buffer, which it moves to the front; false at the end of the file.
 bool LineReader::fill() {
-  std::copy(buffer_.begin() + std::ptrdiff_t(begin_), buffer_.begin() + std::ptrdiff_t(end_),
-            buffer_.begin());
   end_ -= begin_;
+  std::memmove(buffer_.data(), buffer_.data() + begin_, end_);
   begin_ = 0;
   if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
   const auto room = std::min<std::uint64_t>(buffer_.size() - end_, left_);
   ssize_t count = 0;
-  do
+  do {
     count = read(descriptor_, buffer_.data() + end_, room);
-  while (count < 0 && errno == EINTR);
+  } while (count < 0 && errno == EINTR);
   if (count <= 0) return false;
   end_ += std::size_t(count);
   left_ -= std::uint64_t(count);

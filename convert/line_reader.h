@@ -9,7 +9,9 @@
 /// cannot be read is taken for the end of the file, a folder for an empty file.
 class LineReader {
  public:
-  explicit LineReader(const std::string& path);
+  static constexpr std::size_t usualBuffer = 128UL << 10U;
+
+  explicit LineReader(const std::string& path, std::size_t bufferSize = usualBuffer);
   ~LineReader();
   LineReader(const LineReader&) = delete;
   LineReader& operator=(const LineReader&) = delete;

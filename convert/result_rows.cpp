@@ -1,6 +1,6 @@
 #include "result_rows.h"
 
-#include <iostream>
+#include "print_line.h"
 
 bool ResultRows::next() {
   std::string_view line;
@@ -9,7 +9,7 @@ bool ResultRows::next() {
       cutFields(line, fields_);
       return true;
     }
-    if (reading_.tellsEmptyLines) std::cout << "Found an empty line" << std::endl;
+    if (reading_.tellsEmptyLines) printLine("Found an empty line");
   }
   const bool again = reading_.takesUnterminatedLastLineTwice && lines_.endedInsideLine();
   const bool row = again && !repeated_;

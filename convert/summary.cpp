@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "kinds.h"
+#include "print_line.h"
 #include "run_folder.h"
 #include "series.h"
 
@@ -12,7 +13,7 @@ std::vector<Summary> cpuSummaries, gpuSummaries, adspSummaries, cdspSummaries, d
     memSummaries, diskioSummaries;
 
 int getSummary(std::string directory) {
-  std::cout << "Directory to be parsed = " << directory << std::endl;
+  printLine("Directory to be parsed = " + directory);
   parseSummaryFiles(listRunFolder(directory));
   printSummary();
   return 0;
@@ -21,10 +22,10 @@ int getSummary(std::string directory) {
 int parseSummaryFiles(std::vector<std::string> paths) {
   for (const auto& path : paths) {
     if (!isResultFile(path)) continue;
-    std::cout << "Processing File : " << path << std::endl;
+    printLine("Processing File : " + path);
     for (const auto& kind : allKinds) {
       if (kind.summaries == nullptr || !isFileOf(kind, path)) continue;
-      std::cout << announcement(kind) << std::endl;
+      printLine(announcement(kind));
       generateSummary(path, kind.id);
     }
   }
@@ -32,18 +33,18 @@ int parseSummaryFiles(std::vector<std::string> paths) {
 }
 
 void generateSummary(std::string path, SYSIP kind) {
-  std::cout << "In generate Summary : Processing : " << path << std::endl;
+  printLine("In generate Summary : Processing : " + path);
   ResultRows rows(path, summaryReading);
   if (!rows.isOpen()) {
-    std::cout << "No such file." << std::endl;
+    printLine("No such file.");
     return;
   }
   const auto* const found = findKind(kind);
   if (found == nullptr || found->summaries == nullptr) {
-    std::cout << "Summary feature not yet supported for " << int(kind) << std::endl;
+    printLine("Summary feature not yet supported for " + std::to_string(kind));
     return;
   }
-  // Kinds with a series for each column are those with a track for each column, and the memory.
+  // A disk has a row of its own in each sample, all else has columns.
   const auto series = kind == DISKIO_STATS ? deviceSeries(rows) : columnSeries(rows);
   for (const auto& [name, samples] : series)
     found->summaries->push_back(samples.summary(found->summaryPrefix + name));
@@ -53,19 +54,19 @@ void generateSummary(std::string path, SYSIP kind) {
 void printSummary() {
   const auto bar = [](std::ostream& out) -> std::ostream& { return out << std::setw(3) << "|"; };
   auto& out = std::cout;
-  out << std::string(47, '+') << "SUMMARY" << std::string(48, '+') << "\n" << std::endl;
+  printLine(std::string(47, '+') + "SUMMARY" + std::string(48, '+') + "\n");
   bar(out << std::setw(30) << "Metric");
   for (const auto* heading : {"Min", "Avg", "Max"})
     bar(out << std::setw(20) << heading);
-  out << std::endl;
+  printLine("");
   out << std::fixed << std::setprecision(2);
   for (const auto& rows : summaryTable) {
     for (const auto& row : rows) {
       bar(out << std::setw(30) << row.name);
       for (const auto value : {row.min, row.avg, row.max})
         bar(out << std::setw(20) << value);
-      out << std::endl;
+      printLine("");
     }
   }
-  out << "\n" << std::string(103, '+') << std::endl;
+  printLine("\n" + std::string(103, '+'));
 }

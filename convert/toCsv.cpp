@@ -1,9 +1,8 @@
 #include "toCsv.h"
 
-#include <iostream>
-
 #include "numbers.h"
 #include "output_file.h"
+#include "print_line.h"
 #include "result_rows.h"
 #include "run_folder.h"
 
@@ -34,7 +33,7 @@ void putRow(const Fields& fields) {
 }  // namespace
 
 int csvConvert(std::string directory) {
-  std::cout << "Directory to be parsed = " << directory << std::endl;
+  printLine("Directory to be parsed = " + directory);
   parseFilesCsv(listRunFolder(directory));
   return 0;
 }
@@ -42,7 +41,7 @@ int csvConvert(std::string directory) {
 int parseFilesCsv(std::vector<std::string> paths) {
   for (const auto& path : paths) {
     if (!isResultFile(path)) continue;
-    std::cout << "Processing File: " << path << std::endl;
+    printLine("Processing File: " + path);
     generateCSV(path);
     csvStream.close();
   }
@@ -51,10 +50,10 @@ int parseFilesCsv(std::vector<std::string> paths) {
 
 int generateCSV(std::string path) {
   csvStream.open(path.substr(0, path.size() - 4) + ".csv");
-  std::cout << "In generate CSV : Processing : " << path << std::endl;
+  printLine("In generate CSV : Processing : " + path);
   ResultRows rows(path, csvReading);
   if (!rows.isOpen()) {
-    std::cout << "No such file." << std::endl;
+    printLine("No such file.");
     return -1;
   }
   while (rows.next())

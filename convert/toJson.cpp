@@ -4,6 +4,7 @@
 
 #include "kinds.h"
 #include "output_file.h"
+#include "print_line.h"
 #include "result_rows.h"
 #include "run_folder.h"
 #include "trace_rows.h"
@@ -14,23 +15,23 @@ OutputFile trace;
 
 /// The metadata event and all counter events of a file whose first data row has been read.
 void putEvents(const Kind& kind, const std::vector<std::string>& header, ResultRows& rows) {
-  if (kind.traceNotice != nullptr) std::cout << kind.traceNotice << std::endl;
+  if (kind.traceNotice != nullptr) printLine(kind.traceNotice);
   const auto metadata =
       createMetadata("process_name", std::string(rows.fields().at(0)), std::string(kind.pid),
                      std::string(kind.metadataTid), "name", std::string(kind.name) + "_STATS");
   trace.put(metadata);
-  if (kind.metadataEchoed) std::cout << metadata << std::endl;
+  if (kind.metadataEchoed) printLine(metadata);
   putRows(kind, header, rows, trace);
 }
 
 }  // namespace
 
 int jsonConvert(std::string dir) {
-  std::cout << "Directory to be parsed = " << dir << std::endl;
+  printLine("Directory to be parsed = " + dir);
   const auto path = dir + "/ProfilerOutput.json";
   trace.open(path);
   if (trace.hasFailed()) {
-    std::cerr << "open file '" << path << "' failed!" << std::endl;
+    std::cerr << "open file '" + path + "' failed!\n";
     return -1;
   }
   parseFiles(listRunFolder(dir));
@@ -42,10 +43,10 @@ int parseFiles(std::vector<std::string> files) {
   trace.put("{\"displayTimeUnit\": \"ns\",\n \"traceEvents\": [");
   for (const auto& file : files) {
     if (!isResultFile(file)) continue;
-    std::cout << "Processing File : " << file << std::endl;
+    printLine("Processing File : " + file);
     for (const auto& kind : allKinds) {
       if (!isFileOf(kind, file)) continue;
-      std::cout << announcement(kind) << std::endl;
+      printLine(announcement(kind));
       generateJson(file, kind.id);
     }
   }
@@ -54,10 +55,10 @@ int parseFiles(std::vector<std::string> files) {
 }
 
 int generateJson(std::string file, SYSIP kind) {
-  std::cout << "In generate JSON : Processing : " << file << std::endl;
+  printLine("In generate JSON : Processing : " + file);
   ResultRows rows(file, traceReading);
   if (!rows.isOpen()) {
-    std::cout << "No such file." << std::endl;
+    printLine("No such file.");
     return -1;
   }
   std::vector<std::string> header;
@@ -68,7 +69,7 @@ int generateJson(std::string file, SYSIP kind) {
   }
   const auto* const known = findKind(kind);
   if (known == nullptr) {
-    std::cout << "default" << std::endl;
+    printLine("default");
     return 0;
   }
   try {

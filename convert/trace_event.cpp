@@ -1,7 +1,6 @@
 #include "trace_event.h"
 
-#include <iostream>
-
+#include "print_line.h"
 #include "toJson.h"
 
 namespace {
@@ -22,10 +21,10 @@ struct Text {
 
 std::string createMetadata(std::string name, std::string ts, std::string pid, std::string tid,
                            [[maybe_unused]] std::string argName, std::string argValue) {
-  std::cout << "Name = " << name << std::endl;
-  std::cout << "TS = " << ts << std::endl;
-  std::cout << "PID = " << pid << std::endl;
-  std::cout << "TID = " << tid << std::endl;
+  printLine("Name = " + name);
+  printLine("TS = " + ts);
+  printLine("PID = " + pid);
+  printLine("TID = " + tid);
   Text event;
   event.put(firstEventMade ? "," : "", R"({"name" : ")", name,
             R"(" ,"cat" : "corv:" , "ph" : "M", "ts" : )", ts, R"(, "pid" : )", pid,

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <iostream>
+#include <string_view>
+
+/// Puts a line on standard output at once, also where that is no terminal.
+inline void printLine(std::string_view line) {
+  std::cout << line << '\n' << std::flush;
+}
