@@ -6,6 +6,7 @@
 
 #include "disk_mon.h"
 #include "dsp_mon.h"
+#include "gpu_mon.h"
 #include "memory_mon.h"
 #include "net_mon.h"
 #include "scenario.h"
@@ -48,6 +49,15 @@ std::string dspSample(dsp::DSP_MON& monitor) {
   return text.str();
 }
 
+std::string gpuSample(gpu::GPU_MON& monitor) {
+  std::ostringstream text;
+  EXPECT_EQ(monitor.corvane_getGPUHeaders().size(), 5);
+  text << monitor.corvane_getGPUSample() << ": " << monitor.corvane_getGPUFrequency() << ' '
+       << monitor.corvane_getGPUUtilization() << ' ' << monitor.corvane_gpuBusBusy() << ' '
+       << monitor.corvane_getReadBandwidth() << ' ' << monitor.corvane_getWriteBandwidth() << '\n';
+  return text.str();
+}
+
 template <class Monitor, class... Arguments>
 Scenario::Sampler sampler(std::string (*sample)(Monitor&), Arguments... arguments) {
   auto monitor = std::make_shared<Monitor>(arguments...);
@@ -63,6 +73,7 @@ const std::map<std::string, Scenario::Sampler (*)()> samplers = {
     {"disk", [] { return sampler(diskSample, scenarioWait); }},
     {"adsp", [] { return sampler(dspSample, 2, scenarioWait); }},
     {"cdsp", [] { return sampler(dspSample, 3, scenarioWait); }},
+    {"gpu", [] { return sampler(gpuSample); }},
     {"net", [] { return sampler(netSample); }},
 };
 
