@@ -4,6 +4,7 @@
 #include <memory>
 #include <sstream>
 
+#include "ddr_mon.h"
 #include "disk_mon.h"
 #include "dsp_mon.h"
 #include "gpu_mon.h"
@@ -13,12 +14,19 @@
 
 namespace {
 
-std::string memorySample(memory::MEMORY_MON& monitor) {
+std::string sixFigures(const auto* figures) {
   std::ostringstream text;
-  const std::uint64_t* figures = monitor.corvane_getMemStats();
   for (int i = 0; i < 6; ++i)
     text << figures[i] << (i < 5 ? ' ' : '\n');
   return text.str();
+}
+
+std::string memorySample(memory::MEMORY_MON& monitor) {
+  return sixFigures(monitor.corvane_getMemStats());
+}
+
+std::string ddrSample(ddr::DDR_MON& monitor) {
+  return sixFigures(monitor.corvane_getDDRStats());
 }
 
 std::string diskSample(diskio::DISK_MON& monitor) {
@@ -74,6 +82,7 @@ const std::map<std::string, Scenario::Sampler (*)()> samplers = {
     {"adsp", [] { return sampler(dspSample, 2, scenarioWait); }},
     {"cdsp", [] { return sampler(dspSample, 3, scenarioWait); }},
     {"gpu", [] { return sampler(gpuSample); }},
+    {"ddr", [] { return sampler(ddrSample); }},
     {"net", [] { return sampler(netSample); }},
 };
 
