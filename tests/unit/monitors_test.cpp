@@ -4,20 +4,29 @@
 #include <memory>
 #include <sstream>
 
+#include "ddr_mon.h"
 #include "disk_mon.h"
 #include "dsp_mon.h"
+#include "gpu_mon.h"
 #include "memory_mon.h"
 #include "net_mon.h"
 #include "scenario.h"
 
 namespace {
 
-std::string memorySample(memory::MEMORY_MON& monitor) {
+std::string sixFigures(const auto* figures) {
   std::ostringstream text;
-  const std::uint64_t* figures = monitor.corvane_getMemStats();
   for (int i = 0; i < 6; ++i)
     text << figures[i] << (i < 5 ? ' ' : '\n');
   return text.str();
+}
+
+std::string memorySample(memory::MEMORY_MON& monitor) {
+  return sixFigures(monitor.corvane_getMemStats());
+}
+
+std::string ddrSample(ddr::DDR_MON& monitor) {
+  return sixFigures(monitor.corvane_getDDRStats());
 }
 
 std::string diskSample(diskio::DISK_MON& monitor) {
@@ -48,6 +57,15 @@ std::string dspSample(dsp::DSP_MON& monitor) {
   return text.str();
 }
 
+std::string gpuSample(gpu::GPU_MON& monitor) {
+  std::ostringstream text;
+  EXPECT_EQ(monitor.corvane_getGPUHeaders().size(), 5);
+  text << monitor.corvane_getGPUSample() << ": " << monitor.corvane_getGPUFrequency() << ' '
+       << monitor.corvane_getGPUUtilization() << ' ' << monitor.corvane_gpuBusBusy() << ' '
+       << monitor.corvane_getReadBandwidth() << ' ' << monitor.corvane_getWriteBandwidth() << '\n';
+  return text.str();
+}
+
 template <class Monitor, class... Arguments>
 Scenario::Sampler sampler(std::string (*sample)(Monitor&), Arguments... arguments) {
   auto monitor = std::make_shared<Monitor>(arguments...);
@@ -63,6 +81,8 @@ const std::map<std::string, Scenario::Sampler (*)()> samplers = {
     {"disk", [] { return sampler(diskSample, scenarioWait); }},
     {"adsp", [] { return sampler(dspSample, 2, scenarioWait); }},
     {"cdsp", [] { return sampler(dspSample, 3, scenarioWait); }},
+    {"gpu", [] { return sampler(gpuSample); }},
+    {"ddr", [] { return sampler(ddrSample); }},
     {"net", [] { return sampler(netSample); }},
 };
 

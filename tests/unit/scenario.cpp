@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "kernel_tree.h"
+#include "notice.h"
 
 namespace {
 
@@ -48,6 +49,7 @@ Scenario::Scenario(const std::string& file) {
 void Scenario::play(const std::function<Sampler()>& start) const {
   const KernelTree tree;
   Sampler sample;
+  forgetNotices();
   testing::internal::CaptureStderr();
   for (const auto& step : steps) {
     if (step.mark != ">>>") {
