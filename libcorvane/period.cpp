@@ -5,11 +5,12 @@
 
 void Period::start(int milliseconds) {
   length_ = std::chrono::milliseconds(milliseconds > 0 ? milliseconds : 0);
-  deadline_ = std::chrono::steady_clock::now() + length_;
+  deadline_ = {};
 }
 
 void Period::wait() {
   if (length_.count() == 0) return;
+  if (deadline_ == SteadyTime{}) deadline_ = std::chrono::steady_clock::now() + length_;
   const auto sinceStart = deadline_.time_since_epoch();
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceStart);
   const timespec until{.tv_sec = time_t(seconds.count()),

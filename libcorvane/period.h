@@ -9,11 +9,13 @@ using SteadyTime = std::chrono::steady_clock::time_point;
 /// two waits does not make the sampling drift; deadlines that were missed are skipped.
 class Period {
  public:
-  /// The first period starts now. 0 and below: wait() returns at once.
+  /// 0 and below: wait() returns at once.
   void start(int milliseconds);
+  /// The first period begins with the first wait: a caller that counts the time of its samples from
+  /// there finds none of them early.
   void wait();
 
  private:
   std::chrono::nanoseconds length_{0};
-  SteadyTime deadline_;
+  SteadyTime deadline_;  ///< unset before the first wait
 };
