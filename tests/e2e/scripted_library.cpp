@@ -1,9 +1,9 @@
 // Another build of the monitor library: plays the values of a script ($CORVANE_SCRIPT) and records
-// the calls ($CORVANE_CALLS). A script line is "SOURCE [signal=N] [slow=MS] VALUES..."; each line
-// is one sample. When a source's lines are played out it reports a stop where its interface can,
-// and repeats the last line where it cannot.
-#include <cstdlib>
-#include <cstring>
+// the calls ($CORVANE_CALLS). A script line is "SOURCE [repeat=N] [signal=N] [slow=MS] VALUES...";
+// each is one sample, or N of them. When a source's lines are played out it reports a stop where
+// its interface can, and repeats the last line where it cannot.
+#include <cstdio>
+#include <deque>
 #include <fcntl.h>
 #include <fstream>
 #include <map>
@@ -57,64 +57,59 @@ void sendSignal(int number) {
   } while (sigismember(&pending, number) == 1);
 }
 
-class Script {
- public:
-  static Script& get() {
-    static auto& script = *new Script;
-    return script;
-  }
-
-  /// The next sample of a source; false when its lines are played out.
-  bool next(const std::string& source, std::istringstream& values) {
-    std::string line;
-    bool fresh = true;
-    {
-      const std::lock_guard lock(mutex_);
-      auto& state = sources_[source];
-      fresh = state.played < state.lines.size();
-      if (fresh) ++state.played;
-      if (state.played > 0) line = state.lines[state.played - 1];
-    }
-    values = std::istringstream(line);
-    runDirectives(values, fresh);
-    return fresh;
-  }
-
- private:
-  struct Source {
-    std::vector<std::string> lines;
-    std::size_t played = 0;
-  };
-
-  Script() {
-    const char* path = std::getenv("CORVANE_SCRIPT");
-    std::ifstream file(path != nullptr ? path : "");
-    for (std::string source, rest; file >> source && std::getline(file, rest);) {
-      sources_[source].lines.push_back(rest);
-    }
-  }
-
-  static void runDirectives(std::istringstream& values, bool fresh) {
-    for (;;) {
-      const auto start = values.tellg();
-      std::string word;
-      values >> word;
-      const auto number = [&] { return std::atoi(word.c_str() + word.find('=') + 1); };
-      if (word.starts_with("signal=")) {
-        if (fresh) sendSignal(number());
-      } else if (word.starts_with("slow=")) {
-        sleepMilliseconds(number());
-      } else {
-        values.clear();
-        values.seekg(start);
-        return;
-      }
-    }
-  }
-
-  std::mutex mutex_;
-  std::map<std::string, Source> sources_;
+/// The lines of one source that are left to play.
+struct Track {
+  std::deque<std::pair<int, std::string>> lines;  ///< how often, and what
+  std::string last;
 };
+
+std::map<std::string, Track> readScript() {
+  std::map<std::string, Track> tracks;
+  const char* path = std::getenv("CORVANE_SCRIPT");
+  std::ifstream file(path != nullptr ? path : "");
+  for (std::string source, values; file >> source && std::getline(file, values);) {
+    int count = 1;
+    std::sscanf(values.c_str(), " repeat=%d", &count);
+    tracks[source].lines.emplace_back(count, values);
+  }
+  return tracks;
+}
+
+/// The next sample of a source; false when its lines are played out.
+bool next(const std::string& source, std::istringstream& values) {
+  static std::mutex mutex;
+  static auto& tracks = *new auto(readScript());
+  std::unique_lock lock(mutex);
+  auto& track = tracks[source];
+  const bool fresh = !track.lines.empty();
+  if (fresh) {
+    auto& [count, line] = track.lines.front();
+    track.last = line;
+    if (--count == 0) track.lines.pop_front();
+  }
+  values = std::istringstream(track.last);
+  lock.unlock();
+  std::string word;
+  auto start = values.tellg();
+  for (; values >> word && word.find('=') != word.npos; start = values.tellg()) {
+    const int number = std::atoi(word.c_str() + word.find('=') + 1);
+    if (fresh && word.starts_with("signal")) sendSignal(number);
+    if (word.starts_with("slow")) sleepMilliseconds(number);
+  }
+  values.clear();
+  values.seekg(start);
+  return fresh;
+}
+
+/// Reads the numbers of a source's next sample over those of the last one.
+template <class Number, std::size_t size>
+bool play(const std::string& source, Number (&numbers)[size]) {
+  std::istringstream values;
+  const bool fresh = next(source, values);
+  for (std::size_t i = 0; i < size && values >> numbers[i];)
+    ++i;
+  return fresh;
+}
 
 constexpr int goOn = 110;
 
@@ -123,9 +118,8 @@ struct State {
   int slot = 0;
   int (*wait)(int) = nullptr;
   int period = 0;
-  double usage[64] = {}, steal[64] = {};
+  double load[128] = {};
   float floats[5] = {};
-  long frequency = 0;
   std::int64_t bandwidths[6] = {};
   std::uint64_t kilobytes[6] = {};
   std::vector<diskio::diskStats>* disks = nullptr;
@@ -153,9 +147,9 @@ void printLibraryVersion() {
 namespace cpu {
 CPU_MON::CPU_MON() {
   make(opaque_, "CPU_MON");
-  std::istringstream values;
-  Script::get().next("cpu.cores", values);
-  if (!(values >> coreCount)) coreCount = 2;
+  int cores[] = {2};
+  play("cpu.cores", cores);
+  coreCount = cores[0];
 }
 CPU_MON::~CPU_MON() {
   record("~CPU_MON");
@@ -165,22 +159,14 @@ void CPU_MON::corvane_setSamplingTime(int ms) {
 }
 double* CPU_MON::corvane_getPerCoreUsage() {
   record("corvane_getPerCoreUsage");
-  sleepMilliseconds(in(opaque_).period);
   auto& state = in(opaque_);
-  std::istringstream values;
-  if (!Script::get().next("cpu", values)) {
-    state.usage[0] = -1;
-    return state.usage;
-  }
-  for (int i = 0; i <= coreCount && values >> state.usage[i];)
-    ++i;
-  for (int i = 0; i <= coreCount && values >> state.steal[i];)
-    ++i;
-  return state.usage;
+  sleepMilliseconds(state.period);
+  if (!play("cpu", state.load)) state.load[0] = -1;
+  return state.load;
 }
 double* CPU_MON::corvane_getPerCoreStealTime() {
   record("corvane_getPerCoreStealTime");
-  return in(opaque_).steal;
+  return in(opaque_).load + coreCount + 1;
 }
 }  // namespace cpu
 
@@ -195,11 +181,7 @@ std::vector<std::string> GPU_MON::corvane_getGPUHeaders() {
   return {"  GPU  Freq (MHz)", "Util(%)", "Bus Busy", "rd bw", "wr"};
 }
 int GPU_MON::corvane_getGPUSample() {
-  std::istringstream values;
-  Script::get().next("gpu", values);
-  for (int i = 0; i < 5 && values >> in(opaque_).floats[i];)
-    ++i;
-  return 0;
+  return play("gpu", in(opaque_).floats) ? 0 : -1;
 }
 float GPU_MON::corvane_getGPUFrequency() {
   return in(opaque_).floats[0];
@@ -230,16 +212,13 @@ DSP_MON::~DSP_MON() {
 int DSP_MON::corvane_getDSPSample() {
   auto& state = in(opaque_);
   if (state.wait(state.slot) != goOn) return -1;
-  std::istringstream values;
-  if (!Script::get().next("dsp" + std::to_string(state.slot), values)) return 1;
-  values >> state.frequency >> state.floats[0];
-  return 0;
+  return play("dsp" + std::to_string(state.slot), state.floats) ? 0 : 1;
 }
 long DSP_MON::corvane_getDSPFrequency() {
-  return in(opaque_).frequency;
+  return long(in(opaque_).floats[0]);
 }
 float DSP_MON::corvane_getDSPUtilization() {
-  return in(opaque_).floats[0];
+  return in(opaque_).floats[1];
 }
 }  // namespace dsp
 
@@ -254,10 +233,7 @@ void DDR_MON::corvane_setSamplingTime(int ms) {
   setPeriod(opaque_, "DDR_MON", ms);
 }
 std::int64_t* DDR_MON::corvane_getDDRStats() {
-  std::istringstream values;
-  Script::get().next("ddr", values);
-  for (int i = 0; i < 6 && values >> in(opaque_).bandwidths[i];)
-    ++i;
+  play("ddr", in(opaque_).bandwidths);
   return in(opaque_).bandwidths;
 }
 }  // namespace ddr
@@ -270,10 +246,7 @@ MEMORY_MON::~MEMORY_MON() {
   record("~MEMORY_MON");
 }
 std::uint64_t* MEMORY_MON::corvane_getMemStats() {
-  std::istringstream values;
-  Script::get().next("mem", values);
-  for (int i = 0; i < 6 && values >> in(opaque_).kilobytes[i];)
-    ++i;
+  play("mem", in(opaque_).kilobytes);
   return in(opaque_).kilobytes;
 }
 }  // namespace memory
@@ -298,7 +271,7 @@ std::vector<procStats> PROCESS_MON::corvane_getProcessStats(std::vector<int> pid
 std::vector<procStats> PROCESS_MON::corvane_getProcessStats() {
   std::vector<procStats> processes;
   std::istringstream values;
-  if (in(opaque_).wait(7) != goOn || !Script::get().next("proc", values)) return processes;
+  if (in(opaque_).wait(7) != goOn || !next("proc", values)) return processes;
   std::string name;
   for (procStats p{}; values >> p.pid && std::getline(values.ignore(), name, '|') &&
                       values >> p.userTime >> p.systemTime >> p.totalTime >> p.usage;) {
@@ -325,7 +298,7 @@ std::vector<diskStats>* DISK_MON::corvane_getIOStats() {
   auto& disks = *in(opaque_).disks;
   disks.clear();
   std::istringstream values;
-  if (in(opaque_).wait(8) != goOn || !Script::get().next("disk", values)) return &disks;
+  if (in(opaque_).wait(8) != goOn || !next("disk", values)) return &disks;
   std::string name;
   for (diskStats d{}; values >> name >> d.sectorsRead >> d.sectorsWritten;) {
     std::strncpy(d.name, name.c_str(), sizeof d.name - 1);
@@ -352,7 +325,7 @@ std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats(std::vec
 std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats() {
   std::vector<procMemStats> processes;
   std::istringstream values;
-  if (!Script::get().next("procmem", values)) return processes;
+  if (!next("procmem", values)) return processes;
   for (procMemStats p{}; values >> p.pid >> p.parentPid &&
                          std::getline(values.ignore(), p.name, '|') &&
                          values >> p.vss >> p.pss >> p.rss >> p.uss;) {
@@ -376,7 +349,7 @@ std::vector<netStats> NET_MON::corvane_getNetstats() {
   sleepMilliseconds(in(opaque_).period);
   std::vector<netStats> interfaces;
   std::istringstream values;
-  Script::get().next("net", values);
+  next("net", values);
   for (netStats n{}; values >> n.name >> n.collisions >> n.txBytes >> n.rxBytes >> n.txPackets >>
                      n.rxPackets >> n.txDropped >> n.rxDropped;) {
     interfaces.push_back(n);

@@ -1,8 +1,10 @@
 """How a run begins and ends: folders, signals, faults."""
 
+import os
 import re
 import resource
 import signal
+import subprocess
 
 import pytest
 
@@ -191,3 +193,45 @@ def test_console_that_takes_nothing(profiler, target):
     run = profiler.run("-c -A 1 -f x", "cpu 1\n" * 3 + "cpu signal=2\n", before=command)
     assert run.status == 0
     assert run.result("cpuprofiler").count("\n") == 4
+
+
+@pytest.mark.parametrize("command", ["rm {0}/cpuprofiler_x.txt", "rm -r {0}"])
+def test_results_removed_in_mid_run(profiler, command):
+    process = profiler.start("-c -A 1 -o -G 1 -t 0 -f x", "cpu 1\n" * 99999 + "mem 2 1 1\n")
+    while b"Started all threads" not in process.stdout.readline():
+        pass
+    folder = profiler.folder / "Results_corvane/x"
+    while len(list(folder.glob("*.txt"))) < 2:
+        pass
+    subprocess.run(command.format(folder).split(), check=True)
+    process.send_signal(signal.SIGINT)
+    run = profiler.finish(process)
+    lost = re.findall("corvane: .*/(.*) was removed while the run went on\n", run.err)
+    assert set(lost) == {"cpuprofiler_x.txt"} | ({"memprofiler_x.txt"} if "-r" in command else set())
+    assert (run.status, run.out[-2:]) == (0, "+\n")
+
+
+def test_signal_storm_reaches_into_the_conversions(profiler):
+    process = profiler.start("-c -A 1 --json --csv -t 0 -f x", "cpu 1\n" * 99999)
+    while b"Started all threads" not in process.stdout.readline():
+        pass
+    for number in [signal.SIGINT, signal.SIGTERM, signal.SIGABRT, signal.SIGALRM] * 2500:
+        process.send_signal(number)
+    run = profiler.finish(process)
+    assert (run.folder / "Results_corvane/x/ProfilerOutput.json").read_text().endswith("]}\n")
+    assert (run.status, run.out[-2:]) == (0, "+\n")
+
+
+def test_day_of_samples_does_not_grow(profiler):
+    """86,400 samples at full speed; the peak of memory is that of a short run."""
+    peaks = []
+    for samples in (864, 86400):
+        script = f"cpu repeat={samples} 1 2 3\ncpu signal=2\n"
+        process = profiler.start("-c -s 0 -t 0 -f x", script, env={"CORVANE_CALLS": "/dev/null"},
+                                 stdout=subprocess.DEVNULL)  # fmt: skip
+        _, status, usage = os.wait4(process.pid, 0)
+        process.returncode = status
+        peaks.append(usage.ru_maxrss)
+        text = (profiler.folder / "Results_corvane/x/cpuprofiler_x.txt").read_text()
+        assert (status, text.count("\n")) == (0, samples + 1)
+    assert peaks[1] < peaks[0] + 1024  # KB

@@ -1,0 +1,99 @@
+"""Runs with our own monitor library on this machine's kernel."""
+
+import csv
+import json
+import os
+import re
+import resource
+import signal
+import subprocess
+import sys
+import time
+
+import pytest
+
+HOSTILE = [b"new\nline", b'quo"te\\back', b"com,ma bl ank", b"\xff\xfe\xc3", b"p) R 1 (x", b"\t", b"x" * 3000]
+EVERYTHING = "-cgadroipun --live --json --csv"
+
+
+def sleeper(name):
+    """A process whose argv[0] and short name are the given bytes."""
+    code = "import ctypes, sys; ctypes.CDLL(None).prctl(15, bytes.fromhex(sys.argv[1])); sys.stdin.read()"
+    return subprocess.Popen(
+        [name, "-c", code, name[:15].hex()], executable=sys.executable, stdin=subprocess.PIPE
+    )
+
+
+def check_whole(run, suffix="x"):
+    """Every line has its columns, every CSV row too, and the trace is strict JSON."""
+    folder = run.folder / "Results_corvane" / suffix
+    for path in folder.glob("*.txt"):
+        header, *lines = path.read_text().splitlines()
+        assert {len(line.split()) for line in lines if line} <= {len(header.split())}, path.name
+        with path.with_suffix(".csv").open(newline="") as file:
+            assert {len(row) for row in csv.reader(file)} <= {len(header.split())}, path.name
+    trace = json.loads((folder / "ProfilerOutput.json").read_text())
+    for event in trace["traceEvents"]:
+        assert all(isinstance(event[key], (int, float)) for key in ("ts", "pid", "tid")), event
+    return trace["traceEvents"]
+
+
+def test_full_profile(profiler):
+    run = profiler.run(EVERYTHING + " -s 200 -t 1 -f x", scripted=False)
+    names = {event["args"]["name"] for event in check_whole(run) if event["ph"] == "M"}
+    assert {"CPU_STATS", "MEM_STATS", "PROC_STATS", "PROCMEM_STATS", "NET_STATS"} <= names
+    assert all(re.fullmatch("corvane: .*", line) for line in run.err.splitlines())
+    assert len(set(run.err.splitlines())) == len(run.err.splitlines())
+    assert (run.status, run.out[-2:]) == (0, "+\n")
+
+
+def test_hostile_process_names(profiler):
+    processes = [sleeper(name) for name in HOSTILE]
+    pids = ",".join(str(process.pid) for process in processes)
+    run = profiler.run(f"-p -u -s 100 -t 1 -f x --json --csv -b {pids}", scripted=False)
+    for process in processes:
+        process.communicate()
+    check_whole(run)
+    for prefix in ("procprofiler", "procmem-profiler"):
+        seen = {line.split()[1] for line in run.result(prefix).splitlines()[1:] if line}
+        assert seen == {str(process.pid) for process in processes}
+
+
+def test_few_descriptors(profiler):
+    processes = [sleeper(b"one of many") for _ in range(60)]
+    run = profiler.run(
+        EVERYTHING + " -s 100 -t 1 -f x", scripted=False,
+        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (32, 32)),
+    )  # fmt: skip
+    for process in processes:
+        process.communicate()
+    check_whole(run)
+    for prefix in ("procprofiler", "procmem-profiler"):
+        assert run.result(prefix).count("one_of_many") >= 60
+    assert run.status == 0
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root can become somebody else")
+def test_ordinary_user(profiler):
+    os.chmod(profiler.folder, 0o777)
+    (profiler.folder / "calls").touch()
+    run = profiler.run(EVERYTHING + " -s 100 -t 1 -f x", scripted=False, user=65534, group=65534)
+    assert run.out.endswith("+\n") and run.status == 0
+    check_whole(run)
+    own = [line.split() for line in run.result("procmem-profiler").splitlines()[1:] if line]
+    assert {fields[5] == "0" for fields in own} == {False, True}  # PSS: one's own, others'
+    assert run.err.count("smaps_rollup") == 1
+
+
+def test_stopped_program_goes_on_without_a_burst(profiler):
+    process = profiler.start("-c -o -s 20 -t 0 -f x", scripted=False)
+    while b"Started all threads" not in process.stdout.readline():
+        pass
+    process.send_signal(signal.SIGSTOP)
+    time.sleep(0.5)  # what is tested is that time passes
+    process.send_signal(signal.SIGCONT)
+    process.send_signal(signal.SIGINT)
+    run = profiler.finish(process)
+    for prefix in ("cpuprofiler", "memprofiler"):
+        assert len(run.result(prefix).splitlines()) < 15
+    assert run.status == 0
