@@ -63,7 +63,7 @@ def read_blocks(path):
 
     The fields are right-aligned in columns of fixed width, so the header's words end where the
     columns end, and names may hold blanks. (Not so in the GPU's file, whose header has widths of
-    its own.) An empty line ends a sample of several rows; elsewhere each line is a sample.
+    its own.) One empty line or two end a sample of several rows; elsewhere each
     """
     header, *lines = path.read_text(errors="replace").splitlines()
     columns = [(word.group(), word.end()) for word in re.finditer(r"\S+", header)]
@@ -74,7 +74,9 @@ def read_blocks(path):
         if not line or "" not in lines:
             blocks.append(block)
             block = []
-    return blocks + [block] if block else blocks
+    if lines[-2:] == ["", ""]:
+        blocks = [block for block in blocks if block]
+    return blocks
 
 
 def _row(columns, line):
@@ -153,3 +155,14 @@ class Load:
         for process in self.processes:
             os.killpg(process.pid, signal.SIGKILL)
             process.wait()
+
+
+class ProcessClock:
+    """Processor time that a process, all its threads together, has used since this was made."""
+
+    def __init__(self, pid):
+        self._clock = ~pid << 3 | 2  # the kernel's number of the process's own clock
+        self._start = time.clock_gettime(self._clock)
+
+    def passed(self):
+        return time.clock_gettime(self._clock) - self._start

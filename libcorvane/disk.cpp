@@ -94,7 +94,7 @@ class Disks {
  private:
   /// A size costs an open, and it hardly ever changes. A device that gets one is missed by this
   /// much at most, and not at all once something is read or written.
-  static constexpr auto lookInterval = std::chrono::seconds(1);
+  static constexpr auto lookInterval = std::chrono::seconds(3);
 
   void update(Disk& disk, const DiskSectors& now, bool isNew, bool lookAgain) {
     disk.traffic = isNew ? DiskSectors{} : diskTraffic(disk.sectors, now);
