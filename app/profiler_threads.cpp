@@ -87,6 +87,7 @@ void notifyThreadsExit() {
 }
 
 int cond_timedwait(int slotNumber) {
+  if (slotNumber < 0 || slotNumber >= slotCount) return -1;
   auto& slot = profilerThreads[slotNumber];
   timespec now{};
   if (clock_gettime(CLOCK_REALTIME, &now) != 0) return -1;
