@@ -33,6 +33,7 @@ class Run:
 class Profiler:
     def __init__(self, folder):
         self.folder = folder
+        self.processes = []
 
     def start(self, options, script="", scripted=True, before=(), args_after=(), **popen):
         environment = dict(os.environ, TZ="UTC")
@@ -45,10 +46,12 @@ class Profiler:
             }
         environment |= popen.pop("env", {})
         popen = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "bufsize": 0} | popen
-        return subprocess.Popen(
+        process = subprocess.Popen(
             [*before, *PROGRAM, *options.split(), *args_after],
             cwd=self.folder, env=environment, **popen,
         )
+        self.processes.append(process)
+        return process
 
     def finish(self, process):
         try:
@@ -77,7 +80,10 @@ class Profiler:
 
 @pytest.fixture
 def profiler(tmp_path):
-    return Profiler(tmp_path)
+    profiler = Profiler(tmp_path)
+    yield profiler
+    for process in profiler.processes:
+        process.kill()  # a test that failed may have left it running
 
 
 def pytest_configure():
