@@ -64,6 +64,7 @@ def read_blocks(path):
     The fields are right-aligned in columns of fixed width, so the header's words end where the
     columns end, and names may hold blanks. (Not so in the GPU's file, whose header has widths of
     its own.) One empty line or two end a sample of several rows; elsewhere each
+    line is a sample.
     """
     header, *lines = path.read_text(errors="replace").splitlines()
     columns = [(word.group(), word.end()) for word in re.finditer(r"\S+", header)]
