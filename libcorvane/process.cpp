@@ -16,7 +16,7 @@ double usageBetween(const CpuReading& before, const CpuReading& now, double core
 }
 
 double OnlineCores::count() {
-  const auto text = file_.isOpen() ? file_.read() : std::nullopt;
+  const auto text = file_.isOpen() ? file_.readOnce() : std::nullopt;
   if (!text) return double(std::max(1L, ::sysconf(_SC_NPROCESSORS_ONLN)));
   if (count_ == 0 || *text != text_) {
     text_ = *text;

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <fcntl.h>
 #include <string>
+#include <unistd.h>
 
 #include "notice.h"
 #include "text_scan.h"
@@ -43,7 +44,12 @@ std::optional<std::string_view> ProcessFolder::read(int pid, std::string_view na
   std::ranges::copy(name, end);
   const Descriptor file(::openat(::dirfd(folder_.get()), path.data(), O_RDONLY | O_CLOEXEC));
   if (!file) return std::nullopt;
-  return buffer_.readOnce(file.get());
+  ssize_t length = 0;
+  do {
+    length = ::read(file.get(), buffer_.data(), buffer_.size());
+  } while (length < 0 && errno == EINTR);
+  if (length < 0) return std::nullopt;
+  return std::string_view(buffer_.data(), std::size_t(length));
 }
 
 bool meansGone(int error) {

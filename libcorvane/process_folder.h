@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <dirent.h>
 #include <map>
 #include <memory>
@@ -21,8 +22,8 @@ class ProcessFolder {
   /// Those of `pids` that can be a PID at all, ascending, each once.
   const std::vector<int>& only(const std::vector<int>& pids);
 
-  /// The file `name` of a process, up to 4096 bytes of it. Nothing and errno where it cannot be
-  /// read. Valid until the next read.
+  /// The file `name` of a process, or as much of it as says anything here: a process can have
+  /// megabytes of arguments. Nothing and errno where it cannot be read. Valid until the next read.
   std::optional<std::string_view> read(int pid, std::string_view name);
 
  private:
@@ -32,7 +33,7 @@ class ProcessFolder {
 
   std::unique_ptr<DIR, Closer> folder_;
   std::vector<int> pids_;
-  ReadBuffer buffer_;
+  std::array<char, 4096> buffer_{};
 };
 
 /// Whether an error of ProcessFolder::read means that the process has ended. Others, such as a

@@ -5,6 +5,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "notice.h"
+
 namespace {
 
 /// A process that goes on running is asked for its name once in this time.
@@ -53,9 +55,13 @@ bool ProcessWatch::isStale(const Process& process, const CpuReading& now) const 
 
 Sight ProcessWatch::readStat(int pid, Process& process, Source source) {
   const auto text = folder_.read(pid, "stat");
-  if (!text) return meansGone(errno) ? Sight::gone : Sight::unreadable;
-  const auto stat = parseProcessStat(*text);
-  if (!stat) return Sight::unreadable;
+  if (!text && meansGone(errno)) return Sight::gone;
+  const auto stat = text ? parseProcessStat(*text) : std::nullopt;
+  if (!stat) {
+    if (process.name.empty())
+      noticeOnce("some processes are left out: their /proc/PID/stat cannot be read");
+    return Sight::unreadable;
+  }
   const bool started = process.name.empty() || process.startTicks != stat->startTicks;
   if (source == Source::ticks) {
     process.cpu.used = (stat->userTicks + stat->systemTicks) * tickLength();
