@@ -13,6 +13,9 @@
 
 namespace {
 
+constexpr int noSlot = -1;
+
+/// As atoi, but defined for numbers that are too large.
 int toInt(const char* text) {
   return int(std::strtol(text, nullptr, 10));
 }
@@ -97,29 +100,29 @@ constexpr Option options[] = {
     {"adsp-sample-time", required_argument, 'C', "--adsp-sample-time option received.\n", setSampleTime, adspSlot},
     {"cdsp", no_argument, 'd', "--cdsp optiong received. Setting the CDSP Profiler flag.\n", enable, cdspSlot},
     {"cdsp-sample-time", required_argument, 'D', "--cdsp-sample-time optiong received.\n", setSampleTime, cdspSlot},
-    {"total-time", required_argument, 't', "--total-time option received. Setting the profiling time now.\n", setTotalTime, 0},
+    {"total-time", required_argument, 't', "--total-time option received. Setting the profiling time now.\n", setTotalTime, noSlot},
     {"ddr", no_argument, 'r', "--ddr option is received. Setting the ddr flag\n", enable, ddrSlot},
     {"ddr-sample-time", required_argument, 'I', "--ddr-sample-time option received.\n", setSampleTime, ddrSlot},
-    {"ddr-profile-duration", required_argument, 'e', "--ddr-profile-duration option received.\n", sayDdrDuration, 0},
+    {"ddr-profile-duration", required_argument, 'e', "--ddr-profile-duration option received.\n", sayDdrDuration, noSlot},
     {"io", no_argument, 'i', "--io option received\n", enable, diskSlot},
     {"io-sample-time", required_argument, 'J', "--io-sample-time option received\n", setSampleTime, diskSlot},
-    {"sample-time", required_argument, 's', "--sample-time option received\n", setCommonSampleTime, 0},
-    {"file", required_argument, 'f', "--file option received\n", setSuffix, 0},
-    {"json", no_argument, 'j', "--json option received\n", setFlag<jsonFile>, 0},
-    {"csv", no_argument, 'E', "--csv option received\n", setFlag<csvFile>, 0},
-    {"live", no_argument, 'l', "--live option received.\n", setFlag<liveProfiling>, 0},
-    {"qtimer", no_argument, 'q', "--qtimer option received\n", setFlag<qtimerEnabled>, 0},
+    {"sample-time", required_argument, 's', "--sample-time option received\n", setCommonSampleTime, noSlot},
+    {"file", required_argument, 'f', "--file option received\n", setSuffix, noSlot},
+    {"json", no_argument, 'j', "--json option received\n", setFlag<jsonFile>, noSlot},
+    {"csv", no_argument, 'E', "--csv option received\n", setFlag<csvFile>, noSlot},
+    {"live", no_argument, 'l', "--live option received.\n", setFlag<liveProfiling>, noSlot},
+    {"qtimer", no_argument, 'q', "--qtimer option received\n", setFlag<qtimerEnabled>, noSlot},
     {"proc", no_argument, 'p', "--proc option received\n", enable, procSlot},
     {"proc-sample-time", required_argument, 'F', "--proc-sample-time option received\n", setSampleTime, procSlot},
     {"mem", no_argument, 'o', "--mem option received\n", enable, memSlot},
     {"procmem", no_argument, 'u', "--procmem option received\n", enable, procmemSlot},
     {"procmem-sample-time", required_argument, 'U', "--procmem-sample-time option received\n", setSampleTime, procmemSlot},
-    {"pid-list", required_argument, 'b', "--pid-list option has been selected\n", addPids, 0},
+    {"pid-list", required_argument, 'b', "--pid-list option has been selected\n", addPids, noSlot},
     {"mem-sample-time", required_argument, 'G', "--mem-sample-time option received\n", setSampleTime, memSlot},
     {"net", no_argument, 'n', "--net option received. Setting the NET Profiler flag.\n", enable, netSlot},
     {"net-sample-time", required_argument, 'N', "--net-sample-time option received\n", setSampleTime, netSlot},
-    {"version", no_argument, 'v', nullptr, reportVersion, 0},
-    {"help", no_argument, 'h', nullptr, nullptr, 0},
+    {"version", no_argument, 'v', nullptr, reportVersion, noSlot},
+    {"help", no_argument, 'h', nullptr, nullptr, noSlot},
 };
 // clang-format on
 

@@ -66,7 +66,8 @@ void waitThreads() {
   say("waitThread enter\n");
   for (const auto& slot : profilerThreads) {
     if (!runs(slot)) continue;
-    // A stop that comes after the timer must still reach the collectors that are left.
+    // A stop that comes after the timer is for the collectors that are left: each sees the flag
+    // with its next sample.
     const SignalsLetIn open;
     pthread_join(slot.thread, nullptr);
   }

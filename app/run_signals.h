@@ -3,8 +3,9 @@
 #include <atomic>
 
 // How a run ends: the stop signals (SIGINT, SIGTERM, SIGABRT) ask for it, SIGALRM says that the
-// total time is over. The handler runs only where the main thread lets it in, so no signal is lost
-// between a test and a wait, and none meets a console that its own thread holds.
+// total time is over. They are blocked in all threads (and in what a monitor library starts from
+// them) but for where the main thread lets them in, so none is lost between a test and a wait, and
+// none meets a console that its own thread holds. Only abort() runs the handler elsewhere.
 
 extern std::atomic<bool> stopRequested;  ///< a stop signal has come
 extern std::atomic<bool> timeExpired;    ///< the run timer has fired

@@ -9,7 +9,8 @@
 
 namespace {
 
-/// One message, one write: the collectors print beside this.
+/// One message, one write: the collectors print beside this. The program has made standard output
+/// line-buffered, so a row appears at once.
 void put(const std::string& text) {
   std::fwrite(text.data(), 1, text.size(), stdout);
 }
@@ -100,7 +101,7 @@ void DATAENDPOINT::printRowIfComplete() {
   startNextRow();
 }
 
-/// The network's values and name stay: they were so in the last period that has any.
+/// All values are forgotten but the network's, which the next row may show once more.
 void DATAENDPOINT::startNextRow() {
   dataEndPoint.cpuLoad = 0;
   dataEndPoint.gpuUtilization = 0;

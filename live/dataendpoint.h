@@ -50,8 +50,8 @@ class DATAENDPOINT {
   /// Prints one row; mode 1 reads the texts as numbers and prints them with two decimals.
   void printVector(std::vector<std::string> row, int mode);
 
-  /// Says that the report ends and shuts every later hand-off out: it blocks until the process has
-  /// ended or the object is destroyed.
+  /// For a process that is about to end under its collectors: says that the report ends and shuts
+  /// every later hand-off out, for good.
   void close();
 
  private:

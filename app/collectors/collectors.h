@@ -1,8 +1,8 @@
 #pragma once
 
 // The collectors' thread functions, one per source. Each gets its own slot of the thread table,
-// samples until the run ends and returns null: returning is what ending the thread means here,
-// since unwinding it would run into code that may not be unwound.
+// samples until the run ends and returns null. It does not end by pthread_exit(), which unwinds the
+// stack: where the C library's unwinder is not the C++ library's, that crashes.
 
 void* startCPUProfiling(void* slot);
 void* startGPUProfiling(void* slot);

@@ -43,10 +43,11 @@ void writeLine(ResultFile& file, double time, int cores, const double* usage, co
 
 void* startCPUProfiling(void* /*slot*/) {
   auto& monitor = keptMonitor<cpu::CPU_MON>();
+  const int cores = monitor.coreCount;
   monitor.corvane_setSamplingTime(profilerThreads[cpuSlot].sampleTime);
   ResultFile file("cpuprofiler_");
   file.endUnlessOpen("The file could not be opened.\n\n");
-  writeHeader(file, monitor.coreCount);
+  writeHeader(file, cores);
   say("Starting cpu profiler.\n");
 
   const SampleClock clock;
@@ -56,7 +57,7 @@ void* startCPUProfiling(void* /*slot*/) {
     const double* steal = monitor.corvane_getPerCoreStealTime();
     if (usage[0] < stopTotal || stopRequested) break;
     time = clock.now();
-    writeLine(file, time.column, monitor.coreCount, usage, steal);
+    writeLine(file, time.column, cores, usage, steal);
     if (liveProfiling) dataEndpoint->flushCPUSample(usage[0], 1);
   }
   return nullptr;

@@ -11,7 +11,7 @@
 #include "sampling.h"
 
 void* startDDRProfiling(void* /*slot*/) {
-  const auto monitor = std::make_unique<ddr::DDR_MON>();
+  auto monitor = std::make_unique<ddr::DDR_MON>();
   ResultFile file("ddrprofiler_");
   file.endUnlessOpen("The file could not be opened.\n\n");
   file.writeHeader({{"Time(usec)", 10},
@@ -29,8 +29,8 @@ void* startDDRProfiling(void* /*slot*/) {
   while (timeLeft(time)) {
     const std::int64_t* bandwidths = monitor->corvane_getDDRStats();
     time = clock.now();
-    // Readers of this file expect the time in the shortest notation, with an exponent or without.
-    file.addShortest(time.column, 10);
+    // Readers of this file expect the time in the stream's own notation, from 1e+06 on as such.
+    file.addGeneral(time.column, 10);
     for (int i = 0; i < 6; ++i)
       file.addInteger(bandwidths[i], 20);
     file.endLine();
@@ -38,5 +38,6 @@ void* startDDRProfiling(void* /*slot*/) {
     if (liveProfiling) dataEndpoint->flushDDRSample(static_cast<int>(bandwidths[5]), 1);
     if (!waitForNextSample(ddrSlot) || stopRequested) break;
   }
+  monitor.reset();  // before the file closes
   return nullptr;
 }

@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "collectors.h"
@@ -24,7 +25,7 @@ void writeBlock(ResultFile& file, double time, const std::vector<diskio::diskSta
   for (int i = 0; i < count; ++i) {
     const auto& disk = disks.at(std::size_t(i));
     file.addFixed(time, 20);
-    file.addText(disk.name, 20);
+    file.addText({disk.name, strnlen(disk.name, sizeof disk.name)}, 20);
     file.addInteger(disk.sectorsRead * 512, 20);
     file.addFixed(rate(disk.sectorsRead, milliseconds), 20);
     file.addInteger(disk.sectorsWritten * 512, 20);

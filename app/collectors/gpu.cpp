@@ -21,6 +21,12 @@ std::string withoutBlanks(const std::string& name) {
   return joined;
 }
 
+/// Whole MHz; what is no frequency at all is 0.
+unsigned long wholeMegahertz(float frequency) {
+  constexpr float beyond = 0x1p63F;
+  return frequency > 0 && frequency < beyond ? static_cast<unsigned long>(frequency) : 0;
+}
+
 void writeHeader(ResultFile& file, gpu::GPU_MON& monitor) {
   file.addText("Time(usec)", 10);
   for (const auto& header : monitor.corvane_getGPUHeaders()) {
@@ -61,7 +67,7 @@ void* startGPUProfiling(void* /*slot*/) {
     file.endLine();
     file.flush();
     if (liveProfiling) {
-      dataEndpoint->flushGPUSample(static_cast<unsigned long>(frequency), utilization, 1);
+      dataEndpoint->flushGPUSample(wholeMegahertz(frequency), utilization, 1);
     }
     if (!waitForNextSample(gpuSlot) || stopRequested) break;
   }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,7 @@ process::PROCESS_MON& makeMonitor() {
 void writeBlock(ResultFile& file, double time, const std::vector<process::procStats>& processes) {
   std::string name;
   for (const auto& process : processes) {
-    name = process.name;
+    name.assign(process.name, strnlen(process.name, sizeof process.name));
     std::replace(name.begin(), name.end(), ' ', '_');
     std::replace(name.begin(), name.end(), ',', '_');
     file.addFixed(time, 20);

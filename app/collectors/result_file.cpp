@@ -64,7 +64,7 @@ void ResultFile::addFixed(double value, std::size_t width, int decimals) {
   addText({digits, end}, width);
 }
 
-void ResultFile::addShortest(double value, std::size_t width) {
+void ResultFile::addGeneral(double value, std::size_t width) {
   char digits[32];
   addText({digits, digits + std::snprintf(digits, sizeof digits, "%g", value)}, width);
 }
@@ -75,7 +75,7 @@ void ResultFile::flush() {
     const ssize_t count = ::write(fd_, left.data(), left.size());
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) {
-      const int error = errno;
+      const int error = count < 0 ? errno : EIO;
       const auto taken = buffer_.size() - left.size();
       const auto lastEnd = std::string_view(buffer_).substr(0, taken).rfind('\n');
       written_ += lastEnd == std::string_view::npos ? 0 : lastEnd + 1;

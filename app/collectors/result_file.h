@@ -39,8 +39,8 @@ class ResultFile {
   }
   /// Fixed notation.
   void addFixed(double value, std::size_t width, int decimals = 2);
-  /// Six significant digits, in exponent notation where that is shorter.
-  void addShortest(double value, std::size_t width);
+  /// Six significant digits, in exponent notation from a million on (the streams' default).
+  void addGeneral(double value, std::size_t width);
   void endLine() { buffer_ += '\n'; }
 
   /// Hands the complete lines to the kernel in one write. A file that takes no more (disk full) is
