@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <exception>
 #include <fcntl.h>
 #include <pthread.h>
 #include <string_view>
@@ -59,7 +60,7 @@ long onlyWait(std::chrono::milliseconds period, Clock::time_point end) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   if (argc < 4) {
     std::fputs("usage: bare_threads MILLISECONDS SECONDS FILE|-...\n", stderr);
     return 2;
@@ -69,13 +70,17 @@ int main(int argc, char** argv) {
   std::deque<long> counts;
   std::deque<std::thread> threads;
   for (int i = 3; i < argc; ++i) {
-    const std::string_view file = argv[i];
+    const char* file = argv[i];
     threads.emplace_back([&count = counts.emplace_back(), file, period, end] {
-      count = file == "-" ? onlyWait(period, end) : readAtDeadlines(file.data(), period, end);
+      count = std::string_view(file) == "-" ? onlyWait(period, end)
+                                            : readAtDeadlines(file, period, end);
     });
   }
   for (auto& thread : threads)
     thread.join();
   for (const long count : counts)
     std::printf("%ld\n", count);
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "bare_threads: %s\n", error.what());
+  return 1;
 }

@@ -66,40 +66,45 @@ std::string kindOf(std::string unit) {
   return unit;
 }
 
+struct TrafficEvent {
+  PmuEvent event;
+  Direction direction;
+};
+
 /// Events by kind of unit.
-using EventsByKind = std::map<std::string, std::vector<PmuEvent>>;
+using EventsByKind = std::map<std::string, std::vector<TrafficEvent>>;
 
 EventsByKind eventsAt(MemoryLevel level) {
   EventsByKind events;
   for (const auto& unit : listFolder("/sys/bus/event_source/devices")) {
     if (levelOf(unit) != level) continue;
     for (auto& event : byteEvents(unit)) {
-      if (directionOf(event.name)) events[kindOf(unit)].push_back(std::move(event));
+      const auto direction = directionOf(event.name);
+      if (direction) events[kindOf(unit)].push_back({std::move(event), *direction});
     }
   }
   return events;
 }
 
-bool countsBothWays(const std::vector<PmuEvent>& events) {
+bool countsBothWays(const std::vector<TrafficEvent>& events) {
   const auto counts = [&](Direction direction) {
-    return std::ranges::any_of(
-        events, [&](const PmuEvent& event) { return directionOf(event.name) == direction; });
+    return std::ranges::find(events, direction, &TrafficEvent::direction) != events.end();
   };
   return counts(Direction::read) && counts(Direction::write);
 }
 
 /// Two kinds of unit at one level count the same traffic, so one kind has to do.
-std::vector<PmuEvent> chooseEvents(MemoryLevel level) {
+std::vector<TrafficEvent> chooseEvents(MemoryLevel level) {
   const auto kinds = eventsAt(level);
   const auto best =
       std::ranges::find_if(kinds, [](const auto& kind) { return countsBothWays(kind.second); });
   if (best != kinds.end()) return best->second;
-  return kinds.empty() ? std::vector<PmuEvent>() : kinds.begin()->second;
+  return kinds.empty() ? std::vector<TrafficEvent>() : kinds.begin()->second;
 }
 
 struct State {
   std::vector<Counter> counters;
-  SteadyTime lastReading{};
+  SteadyTime lastReading;
   MemoryBandwidths figures{};
 
   State() {
@@ -119,13 +124,13 @@ struct State {
     if (events.empty()) {
       noticeOnce("no " + name + " traffic: no unit of /sys/bus/event_source/devices counts it");
     }
-    for (const auto& event : events) {
+    for (const auto& [event, direction] : events) {
       for (const int cpu : event.cpus)
-        open(level, event, cpu);
+        open(level, direction, event, cpu);
     }
   }
 
-  void open(MemoryLevel level, const PmuEvent& event, int cpu) {
+  void open(MemoryLevel level, Direction direction, const PmuEvent& event, int cpu) {
     auto descriptor = openCounter(event, cpu);
     if (!descriptor) {
       noticeOnce("no memory traffic of " + event.unit + "/" + event.name + ": " +
@@ -133,7 +138,7 @@ struct State {
       return;
     }
     counters.push_back({.level = level,
-                        .direction = *directionOf(event.name),
+                        .direction = direction,
                         .bytes = event.bytes,
                         .descriptor = std::move(descriptor),
                         .reading = {}});

@@ -60,10 +60,14 @@ Devfreq findClock(std::string_view name, const std::string& remoteproc) {
   });
 }
 
+std::string nameOf(int slot) {
+  return slot == 2 ? "adsp" : "cdsp";
+}
+
 struct State {
   int slot;
   int (*wait)(int);
-  const char* name;
+  std::string name;
   std::string remoteproc;
   Attribute state;
   Devfreq clock;
@@ -72,7 +76,7 @@ struct State {
   State(int slotNumber, int (*waitFunction)(int))
       : slot(slotNumber),
         wait(waitFunction),
-        name(slot == 2 ? "adsp" : "cdsp"),
+        name(nameOf(slot)),
         remoteproc(findRemoteproc(name)),
         clock(findClock(name, remoteproc)) {
     if (!remoteproc.empty()) state = Attribute(remoteproc + "/state");
@@ -89,11 +93,10 @@ struct State {
   }
 
   void sayWhatIsMissing() const {
-    const std::string dsp = name;
     if (remoteproc.empty()) {
-      noticeOnce("no " + dsp + ": nothing in /sys/class/remoteproc or /sys/class/devfreq is it");
+      noticeOnce("no " + name + ": nothing in /sys/class/remoteproc or /sys/class/devfreq is it");
     } else {
-      noticeOnce("no " + dsp + " clock: nothing in /sys/class/devfreq belongs to " + remoteproc);
+      noticeOnce("no " + name + " clock: nothing in /sys/class/devfreq belongs to " + remoteproc);
     }
   }
 };

@@ -23,14 +23,14 @@ bool isDrmDevice(const std::string& link) {
 
 void GpuClients::findDescriptorsOf(const std::string& process) {
   const std::string folder = "/proc/" + process;
+  const std::string links = folder + "/fd/", texts = folder + "/fdinfo/";
   errno = 0;
-  const auto descriptors = listFolder(folder + "/fd");
+  const auto descriptors = listFolder(links);
   if (descriptors.empty() && errno == EACCES) {
     noticeOnce("GPU utilization lacks the processes whose descriptors may not be read");
   }
   for (const auto& descriptor : descriptors) {
-    if (!isDrmDevice(folder + "/fd/" + descriptor)) continue;
-    descriptors_.push_back(folder + "/fdinfo/" + descriptor);
+    if (isDrmDevice(links + descriptor)) descriptors_.push_back(texts + descriptor);
   }
 }
 

@@ -26,7 +26,7 @@ class GpuClients {
   void findDescriptorsOf(const std::string& process);
 
   std::vector<std::string> descriptors_;  ///< paths of their fdinfo
-  SteadyTime lastSearch_{}, lastReading_{};
+  SteadyTime lastSearch_, lastReading_;
   std::vector<DrmClient> before_, now_;
   double load_ = 0;
   ReadBuffer text_;

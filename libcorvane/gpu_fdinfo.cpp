@@ -43,9 +43,9 @@ void takeEngineField(std::string_view key, std::string_view value, DrmClient& cl
     client.megahertz = std::max(client.megahertz, megahertzOf(value));
   for (const auto& [prefix, member] : kinds) {
     if (!takePrefix(key, prefix)) continue;
-    const auto number = nextNumber(value);
-    auto* engine = number ? engineOf(client, key) : nullptr;
-    if (engine != nullptr) engine->*member = *number;
+    if (const auto number = nextNumber(value)) {
+      if (auto* engine = engineOf(client, key)) engine->*member = *number;
+    }
     return;
   }
 }
@@ -79,8 +79,8 @@ void add(std::vector<EngineTotal>& totals, std::string_view device, const Engine
 
 double loadOf(const EngineTotal& total, std::chrono::nanoseconds passed) {
   const bool countsCycles = total.totalCycles > 0;
-  const double used = double(countsCycles ? total.cycles : total.busy);
-  const double possible = double(countsCycles ? total.totalCycles : std::uint64_t(passed.count()));
+  const auto used = double(countsCycles ? total.cycles : total.busy);
+  const auto possible = double(countsCycles ? total.totalCycles : std::uint64_t(passed.count()));
   return 100 * used / (possible * double(total.capacity));
 }
 

@@ -52,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
                  {"drm-client-id: 1\ndrm-engine-x: 0 ns\n", "drm-engine-y: 0 ns\n"},
                  {"drm-client-id: 1\ndrm-engine-x: 99000000 ns\n", "drm-engine-y: 5 ns\n"},
                  100}),
-    [](const auto& info) { return "case" + std::to_string(info.index); });
+    [](const auto& test) { return "case" + std::to_string(test.index); });
 
 TEST(Fdinfo, StatesTheClockInAnyUnit) {
   for (const auto& [clock, megahertz] : {std::pair{"450000000 Hz", 450},

@@ -102,6 +102,6 @@ std::vector<std::string> scenarioNames() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, Monitors, testing::ValuesIn(scenarioNames()),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& test) { return test.param; });
 
 }  // namespace
