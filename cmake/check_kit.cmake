@@ -1,5 +1,5 @@
 # Says what a cross build lacks. Ahead of project(), whose own messages would hide it.
-cmake_path(GET CMAKE_TOOLCHAIN_FILE STEM toolchain)
+get_filename_component(toolchain "${CMAKE_TOOLCHAIN_FILE}" NAME_WE)
 if(toolchain STREQUAL android-arm64
    AND NOT EXISTS $ENV{ANDROID_NDK_HOME}/build/cmake/android.toolchain.cmake)
   message(FATAL_ERROR "No Android NDK here: set ANDROID_NDK_HOME to the folder of one.")

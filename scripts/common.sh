@@ -2,6 +2,7 @@
 # how a preset is built. To be sourced.
 # shellcheck shell=bash
 set -euo pipefail
+shopt -s inherit_errexit
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 # No byte code beside the sources: they may be another user's.
