@@ -2,6 +2,7 @@
 # how a preset is built. To be sourced.
 # shellcheck shell=bash
 set -euo pipefail
+shopt -s inherit_errexit
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
 # No byte code beside the sources: they may be another user's.
@@ -13,6 +14,8 @@ declare -A packages=(
            googletest python3 python3-pytest"
   [sanitizers]="libclang-rt-19-dev"
   [gcc]="g++-12"
+  [arm64]="qemu-user"
+  [packaging]="dpkg-dev file"
   [lint]="clang-format-19 clang-tidy-19 shellcheck"
 )
 
@@ -72,17 +75,32 @@ hand_back() {
   fi
 }
 
-# build PRESET [TARGET...]: configures where needed and builds, without a word when all is built.
-# Everything goes to standard error. One build at a time in a folder.
+# prepare PRESET: installs what its build and its tests need; sets what it is configured with.
+prepare() {
+  settings=()
+  case $1 in
+    asan | tsan) need build sanitizers ;;
+    gcc) need build gcc ;;
+    linux-arm64*)
+      need build arm64
+      settings=(-D "CORVANE_SYSROOT=$("$root/scripts/sysroot-arm64")")
+      ;;
+    *) need build ;;
+  esac
+}
+
+# build PRESET [TARGET...]: prepares, configures where needed and builds, without a word when all
+# is built. Everything goes to standard error. One build at a time in a folder.
 build() {
-  local preset=$1 dir lock status=0
+  local preset=$1 dir settings lock status=0
   shift
+  prepare "$preset"
   dir=$(build_dir "$preset")
   exec {lock}<"$dir"
   flock "$lock"
   if [[ ! -e $dir/build.ninja || $root/CMakePresets.json -nt $dir/build.ninja ]]; then
     say "configuring $dir"
-    (cd "$root" && cmake --preset "$preset" -B "$dir" -Wno-dev) >/dev/null || status=$?
+    (cd "$root" && cmake --preset "$preset" -B "$dir" -Wno-dev "${settings[@]}") >/dev/null || status=$?
   fi
   if ((status == 0)) && [[ $(ninja -C "$dir" -n "$@" 2>&1) != *"no work to do"* ]]; then
     say "building $dir"

@@ -1,0 +1,41 @@
+# What is installed, and the two packages made of it: a .deb of the program, the library and what
+# is needed to build against it; a .tar.gz of the static program.
+install(TARGETS profiler_app)
+install(FILES docs/profiler_app.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES README.md LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN *.md)
+
+if(NOT CORVANE_STATIC AND NOT CORVANE_LIBRARY)
+  set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/corvane)
+  target_include_directories(corvane INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/corvane>)
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang AND NOT ANDROID)
+    # Standard types cross the interface, so who uses it needs the same standard library.
+    target_compile_options(corvane INTERFACE $<INSTALL_INTERFACE:-stdlib=libc++>)
+    target_link_options(corvane INTERFACE $<INSTALL_INTERFACE:-stdlib=libc++>)
+  endif()
+  install(TARGETS corvane EXPORT corvane)
+  install(DIRECTORY monitors/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/corvane
+          FILES_MATCHING PATTERN *.h)
+  install(EXPORT corvane NAMESPACE corvane:: FILE corvaneConfig.cmake DESTINATION ${package_dir})
+  include(CMakePackageConfigHelpers)
+  write_basic_package_version_file(corvaneConfigVersion.cmake
+                                   VERSION ${CORVANE_LIBRARY_VERSION} COMPATIBILITY SameMajorVersion)
+  install(FILES ${PROJECT_BINARY_DIR}/corvaneConfigVersion.cmake DESTINATION ${package_dir})
+endif()
+
+set(CPACK_PACKAGE_CONTACT "The Corvane developers")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "System profiler: samples, traces, tables and summaries")
+set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+set(CPACK_STRIP_FILES ON)
+if(CORVANE_STATIC)
+  set(CPACK_GENERATOR TGZ)
+  set(CPACK_SYSTEM_NAME linux-${CMAKE_SYSTEM_PROCESSOR})
+else()
+  set(CPACK_GENERATOR DEB)
+  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_SUGGESTS "clang-19, libc++-19-dev")
+endif()
+include(CPack)
