@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
@@ -40,7 +41,7 @@ std::size_t argument(int count, char** texts, int index, std::size_t otherwise) 
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   const auto count = argument(argc, argv, 1, 300);
   const auto running = argument(argc, argv, 2, count / 10);
   const auto kilobytes = argument(argc, argv, 3, 1024);
@@ -61,4 +62,7 @@ int main(int argc, char** argv) {
     ::kill(member, SIGKILL);
   while (::wait(nullptr) > 0) {
   }
+} catch (const std::exception& fault) {
+  std::fprintf(stderr, "crowd: %s\n", fault.what());
+  return 1;
 }

@@ -4,7 +4,9 @@
 
 #include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <fcntl.h>
 #include <filesystem>
 #include <string>
@@ -36,7 +38,7 @@ std::vector<std::string> filesOfProcesses(const std::string& name) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   if (argc != 4) return 2;
   const auto paths = filesOfProcesses(argv[1]);
   const long samples = std::atol(argv[2]);
@@ -46,4 +48,7 @@ int main(int argc, char** argv) {
       readOnce(path);
     std::this_thread::sleep_for(period);
   }
+} catch (const std::exception& fault) {
+  std::fprintf(stderr, "read_loop: %s\n", fault.what());
+  return 1;
 }

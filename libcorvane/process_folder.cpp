@@ -42,7 +42,9 @@ std::optional<std::string_view> ProcessFolder::read(int pid, std::string_view na
   char* end = std::to_chars(path.data(), path.data() + path.size(), pid).ptr;
   *end++ = '/';
   std::ranges::copy(name, end);
-  const Descriptor file(::openat(::dirfd(folder_.get()), path.data(), O_RDONLY | O_CLOEXEC));
+  const int folder = ::dirfd(folder_.get());
+  if (folder < 0) return std::nullopt;
+  const Descriptor file(::openat(folder, path.data(), O_RDONLY | O_CLOEXEC));
   if (!file) return std::nullopt;
   ssize_t length = 0;
   do {

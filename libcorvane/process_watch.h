@@ -12,7 +12,7 @@
 /// Processor time that a process had used at a moment.
 struct CpuReading {
   std::uint64_t used = 0;  ///< ns since the process started
-  SteadyTime at{};
+  SteadyTime at;
 };
 
 /// What is known of a process from one look to the next.
@@ -26,7 +26,7 @@ struct Process {
   std::uint64_t virtualBytes = 0;
   std::uint64_t usedAtStat = 0;  ///< cpu.used when `stat` was read
   std::uint64_t usedAtName = 0;  ///< cpu.used when the name was read
-  SteadyTime nameAt{};
+  SteadyTime nameAt;
   std::size_t commHash = 0;
 };
 

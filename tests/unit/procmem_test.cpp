@@ -34,7 +34,7 @@ TEST(ProcessMemory, IsReadFromWhatTheKernelAllows) {
                         {"/proc/4/statm", "300 20 5 1"},    {"/proc/5/statm", "400 30"},
                         {"/proc/6/smaps_rollup", rollup},   {"/proc/8/smaps_rollup", rollup},
                         {"/proc/9/statm", "0 0 0 0 0 0 0"}, {"/proc/44/empty", ""}};
-  writeProcess(tree, {.pid = 3, .parent = 0, .cmdline = "/sbin/init"});
+  writeProcess(tree, {.pid = 3, .parent = 0}, "/sbin/init");
   writeProcess(tree, {.pid = 4, .comm = "a\nb"});
   writeProcess(tree, {.pid = 5, .comm = "no rollup"});
   writeProcess(tree, {.pid = 6, .comm = "kernel thread", .bytes = 0});
