@@ -1,32 +1,12 @@
 #include "line_reader.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <limits>
-#include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-/// A run folder can have a name that makes even the file that is being written match a kind of
-/// result file: without the limit its own output would be read for ever.
-std::uint64_t sizeLimit(int descriptor) {
-  struct stat status{};
-  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
-    return std::uint64_t(status.st_size);
-  return std::numeric_limits<std::uint64_t>::max();
-}
-
-}  // namespace
-
 LineReader::LineReader(const std::string& path, std::size_t bufferSize)
-    : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-  if (!isOpen()) return;
-  left_ = sizeLimit(descriptor_);
-  buffer_.resize(bufferSize);
-}
+    : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)), buffer_(bufferSize) {}
 
 LineReader::~LineReader() {
   if (isOpen()) close(descriptor_);
@@ -59,13 +39,11 @@ bool LineReader::fill() {
   std::memmove(buffer_.data(), buffer_.data() + begin_, end_);
   begin_ = 0;
   if (end_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
-  const auto room = std::min<std::uint64_t>(buffer_.size() - end_, left_);
   ssize_t count = 0;
   do {
-    count = read(descriptor_, buffer_.data() + end_, room);
+    count = read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
   } while (count < 0 && errno == EINTR);
   if (count <= 0) return false;
   end_ += std::size_t(count);
-  left_ -= std::uint64_t(count);
   return true;
 }

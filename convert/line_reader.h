@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +27,6 @@ class LineReader {
 
   int descriptor_ = -1;
   bool unterminated_ = false;
-  std::uint64_t left_ = 0;  // bytes of the file that are still to be read
   std::vector<char> buffer_;
   std::size_t begin_ = 0, end_ = 0;  // what is in the buffer and not yet given out
 };

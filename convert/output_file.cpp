@@ -35,7 +35,7 @@ void OutputFile::flush() {
 
 void OutputFile::makeRoom(std::size_t count) {
   flush();
-  if (buffer_.size() < count) buffer_.resize(std::max(count, bufferSize));
+  if (buffer_.size() <= count) buffer_.resize(std::max(count + 1, bufferSize));
 }
 
 void OutputFile::writeOut(std::string_view text) {

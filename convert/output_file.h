@@ -32,7 +32,7 @@ class OutputFile {
 
   /// Room for so many bytes, to be written in place; take() says where they end.
   char* room(std::size_t count) {
-    if (buffer_.size() - used_ < count) makeRoom(count);
+    if (buffer_.size() - used_ <= count) makeRoom(count);
     return buffer_.data() + used_;
   }
   void take(const char* end) { used_ = std::size_t(end - buffer_.data()); }

@@ -34,7 +34,12 @@ int jsonConvert(std::string dir) {
     std::cerr << "open file '" + path + "' failed!\n";
     return -1;
   }
-  parseFiles(listRunFolder(dir));
+  try {
+    parseFiles(listRunFolder(dir));
+  } catch (...) {
+    trace.close();  // nobody else catches it: the program ends, and its buffers with it
+    throw;
+  }
   trace.close();
   return 0;
 }
@@ -72,11 +77,6 @@ int generateJson(std::string file, SYSIP kind) {
     printLine("default");
     return 0;
   }
-  try {
-    putEvents(*known, header, rows);
-  } catch (...) {
-    trace.flush();  // nobody else catches it: the program ends, and its buffers with it
-    throw;
-  }
+  putEvents(*known, header, rows);
   return 0;
 }

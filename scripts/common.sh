@@ -16,6 +16,8 @@ declare -A packages=(
   [gcc]="g++-12"
   [arm64]="qemu-user"
   [packaging]="dpkg-dev file"
+  [bench]="mawk"
+  [plot]="gnuplot-nox"
   [lint]="clang-format-19 clang-tidy-19 shellcheck"
 )
 
