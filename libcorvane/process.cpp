@@ -45,11 +45,11 @@ std::uint64_t ticksSinceBoot() {
   return (std::uint64_t(now.tv_sec) * 1'000'000'000 + std::uint64_t(now.tv_nsec)) / tickLength();
 }
 
-procStats toRecord(int pid, const Watched& watched) {
+procStats toRecord(const Watched& watched) {
   const double tick = double(tickLength()) / 1e9;
   const auto& process = watched.process;
   procStats record{};
-  record.pid = pid;
+  record.pid = process.pid;
   process.name.copy(record.name, sizeof record.name - 1);
   record.userTime = double(process.userTicks) * tick;
   record.systemTime = double(process.systemTicks) * tick;
@@ -64,7 +64,7 @@ struct State {
   bool hasList;
   ProcessWatch watch{tickLength()};
   OnlineCores cores;
-  std::map<int, Watched> known;
+  std::vector<Watched> known;
   SteadyTime sampledAt;
   std::uint64_t sampledAtTick = ~std::uint64_t(0);
 
@@ -78,12 +78,10 @@ struct State {
     const auto tick = ticksSinceBoot();
     const double online = cores.count();
     follow(known, pids);
-    for (auto entry = known.begin(); entry != known.end();) {
-      auto& [pid, watched] = *entry;
-      const auto sight = watch.look(pid, watched.process);
+    for (auto& watched : known) {
+      const auto sight = watch.look(watched.process);
       if (sight == Sight::started) begin(watched, online);
       if (sight == Sight::unchanged || sight == Sight::read) advance(watched, online);
-      entry = sight == Sight::gone ? known.erase(entry) : std::next(entry);
     }
     sampledAt = now;
     sampledAtTick = tick;
@@ -108,8 +106,8 @@ struct State {
   std::vector<procStats> records() const {
     std::vector<procStats> all;
     all.reserve(known.size());
-    for (const auto& [pid, watched] : known) {
-      if (!watched.process.name.empty()) all.push_back(toRecord(pid, watched));
+    for (const auto& watched : known) {
+      if (!watched.process.name.empty()) all.push_back(toRecord(watched));
     }
     return all;
   }

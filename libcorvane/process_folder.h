@@ -2,11 +2,9 @@
 
 #include <array>
 #include <dirent.h>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "kernel_file.h"
@@ -39,16 +37,3 @@ class ProcessFolder {
 /// Whether an error of ProcessFolder::read means that the process has ended. Others, such as a
 /// permission or a full descriptor table, say nothing about it.
 bool meansGone(int error);
-
-/// Drops from `known`, which is kept by PID, who is not in `pids`, and adds who is new there.
-template <class Entry>
-void follow(std::map<int, Entry>& known, const std::vector<int>& pids) {
-  auto entry = known.begin();
-  for (const int pid : pids) {
-    while (entry != known.end() && entry->first < pid)
-      entry = known.erase(entry);
-    if (entry == known.end() || entry->first != pid) entry = known.try_emplace(entry, pid);
-    ++entry;
-  }
-  known.erase(entry, known.end());
-}

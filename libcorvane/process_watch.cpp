@@ -16,6 +16,13 @@ bool nameIsOld(const Process& process) {
   return process.cpu.at - process.nameAt >= nameLasts;
 }
 
+Sight gone(Process& process) {
+  const int pid = process.pid;
+  process = Process();
+  process.pid = pid;
+  return Sight::gone;
+}
+
 }  // namespace
 
 std::uint64_t tickLength() {
@@ -27,14 +34,15 @@ std::chrono::nanoseconds ProcessWatch::resolution() const {
   return std::chrono::nanoseconds(clock_ != nullptr ? 1 : tickLength());
 }
 
-Sight ProcessWatch::look(int pid, Process& process) {
-  const auto used = clock_ != nullptr ? clock_(pid) : std::nullopt;
-  if (clock_ != nullptr && !used && errno == EINVAL) return Sight::gone;
+Sight ProcessWatch::look(Process& process) {
+  const auto used = clock_ != nullptr ? clock_(process.pid) : std::nullopt;
+  if (clock_ != nullptr && !used && errno == EINVAL) return gone(process);
   const CpuReading now{.used = used.value_or(0), .at = std::chrono::steady_clock::now()};
   const bool stale = !used || isStale(process, now);
+  process.nameMayDiffer |= now.used != process.cpu.used;
   const auto before = std::exchange(process.cpu, now);
   if (!stale) return Sight::unchanged;
-  const auto sight = readStat(pid, process, used ? Source::clock : Source::ticks);
+  const auto sight = readStat(process, used ? Source::clock : Source::ticks);
   if (sight != Sight::unreadable) return sight;
   // With a clock only the times and the name have to wait; without one nothing new is known.
   if (used && !process.name.empty()) return Sight::unchanged;
@@ -50,12 +58,13 @@ Sight ProcessWatch::look(int pid, Process& process) {
 bool ProcessWatch::isStale(const Process& process, const CpuReading& now) const {
   if (process.name.empty() || now.used == 0) return true;
   if (now.used < process.cpu.used || now.used - process.usedAtStat >= stale_) return true;
-  return now.used != process.usedAtName && now.at - process.nameAt >= nameLasts;
+  const bool hasRun = process.nameMayDiffer || now.used != process.cpu.used;
+  return hasRun && now.at - process.nameAt >= nameLasts;
 }
 
-Sight ProcessWatch::readStat(int pid, Process& process, Source source) {
-  const auto text = folder_.read(pid, "stat");
-  if (!text && meansGone(errno)) return Sight::gone;
+Sight ProcessWatch::readStat(Process& process, Source source) {
+  const auto text = folder_.read(process.pid, "stat");
+  if (!text && meansGone(errno)) return gone(process);
   const auto stat = text ? parseProcessStat(*text) : std::nullopt;
   if (!stat) {
     if (process.name.empty())
@@ -73,19 +82,18 @@ Sight ProcessWatch::readStat(int pid, Process& process, Source source) {
   process.virtualBytes = stat->virtualBytes;
   process.usedAtStat = process.cpu.used;
   if (started) process.name.clear();
-  const auto commHash = std::hash<std::string_view>{}(stat->comm);
+  const auto commHash = std::uint32_t(std::hash<std::string_view>{}(stat->comm));
   const bool renamed = std::exchange(process.commHash, commHash) != commHash;
-  if (started || renamed || nameIsOld(process)) readName(pid, process, *stat);
+  if (started || renamed || nameIsOld(process)) readName(process, *stat);
   return started ? Sight::started : Sight::read;
 }
 
-void ProcessWatch::readName(int pid, Process& process, const ProcessStat& stat) {
-  process.nameAt = process.cpu.at;
-  process.usedAtName = process.cpu.used;
+void ProcessWatch::readName(Process& process, const ProcessStat& stat) {
   const std::string comm(stat.comm);  // the next read takes the buffer
   const bool hasArguments = stat.virtualBytes != 0;
-  const auto cmdline = hasArguments ? folder_.read(pid, "cmdline") : "";
+  const auto cmdline = hasArguments ? folder_.read(process.pid, "cmdline") : "";
   // Unreadable, or empty as it is for a moment in the middle of an exec: worth another look.
-  if (hasArguments && cmdline.value_or("").empty()) process.usedAtName = 0;
+  process.nameMayDiffer = hasArguments && cmdline.value_or("").empty();
+  process.nameAt = process.cpu.at;
   if (cmdline || process.name.empty()) process.name = processName(cmdline.value_or(""), comm);
 }

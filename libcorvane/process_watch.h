@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "period.h"
 #include "process_clock.h"
@@ -17,21 +19,22 @@ struct CpuReading {
 
 /// What is known of a process from one look to the next.
 struct Process {
+  int pid = 0;
+  int parentPid = 0;
   std::string name;  ///< safe; empty: nothing could be read so far
   CpuReading cpu;    ///< of the last look
-  int parentPid = 0;
   std::uint64_t startTicks = 0;
   std::uint64_t userTicks = 0;
   std::uint64_t systemTicks = 0;
   std::uint64_t virtualBytes = 0;
   std::uint64_t usedAtStat = 0;  ///< cpu.used when `stat` was read
-  std::uint64_t usedAtName = 0;  ///< cpu.used when the name was read
-  SteadyTime nameAt;
-  std::size_t commHash = 0;
+  SteadyTime nameAt;             ///< when the name was read
+  std::uint32_t commHash = 0;
+  bool nameMayDiffer = false;  ///< it has run since, or had no arguments then
 };
 
 enum class Sight {
-  gone,        ///< no process has this PID any more
+  gone,        ///< no process has this PID any more; nothing is known of it
   unreadable,  ///< alive, but it could not be read: what was known stands
   unchanged,   ///< known without reading `stat`
   read,        ///< `stat` was read again
@@ -47,9 +50,9 @@ class ProcessWatch {
 
   ProcessFolder& folder() { return folder_; }
 
-  Sight look(int pid, Process& process);
+  Sight look(Process& process);
   /// Reads `stat` in any case, without a new reading of the clock.
-  Sight readStat(int pid, Process& process) { return readStat(pid, process, Source::clock); }
+  Sight readStat(Process& process) { return readStat(process, Source::clock); }
 
   /// The shortest time that readings can tell apart.
   std::chrono::nanoseconds resolution() const;
@@ -57,14 +60,35 @@ class ProcessWatch {
  private:
   enum class Source { clock, ticks };  ///< of a process's processor time
 
-  Sight readStat(int pid, Process& process, Source source);
+  Sight readStat(Process& process, Source source);
   bool isStale(const Process& process, const CpuReading& now) const;
-  void readName(int pid, Process& process, const ProcessStat& stat);
+  void readName(Process& process, const ProcessStat& stat);
 
   ProcessFolder folder_;
   ProcessClock clock_ = processClock();
   std::uint64_t stale_;
 };
+
+/// Makes `watched`, which holds a `process` each by PID, speak of `pids` (ascending), with what was
+/// known of those that stay.
+template <class Watched>
+void follow(std::vector<Watched>& watched, const std::vector<int>& pids) {
+  auto pid = pids.begin();
+  std::erase_if(watched, [&](const Watched& entry) {
+    while (pid != pids.end() && *pid < entry.process.pid)
+      ++pid;
+    return pid == pids.end() || *pid != entry.process.pid;
+  });
+  auto known = watched.size();
+  // Some room for newcomers, but not the double that growing would take.
+  if (pids.size() > watched.capacity()) watched.reserve(pids.size() + pids.size() / 8);
+  watched.resize(pids.size());
+  for (auto place = pids.size(); place > known; --place) {
+    const bool stays = known > 0 && watched[known - 1].process.pid == pids[place - 1];
+    watched[place - 1] = stays ? std::move(watched[--known]) : Watched{};
+    watched[place - 1].process.pid = pids[place - 1];
+  }
+}
 
 /// Length of the kernel's clock tick in ns.
 std::uint64_t tickLength();

@@ -1,7 +1,7 @@
 #include "procmem.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <map>
 #include <unistd.h>
 
 #include "notice.h"
@@ -49,8 +49,8 @@ bool meansTooManyFiles(int error) {
   return error == EMFILE || error == ENFILE;
 }
 
-procMemStats toRecord(int pid, const Watched& watched) {
-  return {.pid = pid,
+procMemStats toRecord(const Watched& watched) {
+  return {.pid = watched.process.pid,
           .parentPid = watched.process.parentPid,
           .name = watched.process.name,
           .vss = watched.process.virtualBytes / 1024,
@@ -61,59 +61,59 @@ procMemStats toRecord(int pid, const Watched& watched) {
 
 struct State {
   ProcessWatch watch{1};
-  std::map<int, Watched> known;
+  std::vector<Watched> known;
   const std::uint64_t pageSize = std::uint64_t(::sysconf(_SC_PAGESIZE));
 
   std::vector<procMemStats> sample(const std::vector<int>& pids) {
     std::vector<procMemStats> records;
     lookAtAll(pids);
     records.reserve(known.size());
-    for (auto& [pid, watched] : known) {
+    for (auto& watched : known) {
       // Not a kernel thread or a zombie, which have no memory of their own.
       if (watched.process.virtualBytes == 0) continue;
       if (!watched.statIsFresh && !parentStands(watched.process)) {
-        watch.readStat(pid, watched.process);
+        watch.readStat(watched.process);
       }
-      if (readMemory(pid, watched)) records.push_back(toRecord(pid, watched));
+      if (readMemory(watched)) records.push_back(toRecord(watched));
     }
     return records;
   }
 
   void lookAtAll(const std::vector<int>& pids) {
     follow(known, pids);
-    for (auto entry = known.begin(); entry != known.end();) {
-      auto& [pid, watched] = *entry;
-      const auto sight = watch.look(pid, watched.process);
+    for (auto& watched : known) {
+      const auto sight = watch.look(watched.process);
       if (sight == Sight::started) watched.measured = false;
       watched.statIsFresh = sight == Sight::started || sight == Sight::read;
       if (watched.statIsFresh) watched.denied = false;
-      entry = sight == Sight::gone ? known.erase(entry) : std::next(entry);
     }
   }
 
   /// A process gets another parent without running itself, but only when the one it had ends. Who
   /// is younger than the child has taken over the PID of the parent.
   bool parentStands(const Process& process) const {
-    const auto parent = known.find(process.parentPid);
-    return parent != known.end() && parent->second.process.virtualBytes != 0 &&
-           parent->second.process.startTicks <= process.startTicks;
+    const auto byPid = [](const Watched& watched) { return watched.process.pid; };
+    const auto found = std::ranges::lower_bound(known, process.parentPid, {}, byPid);
+    if (found == known.end() || found->process.pid != process.parentPid) return false;
+    const auto& parent = found->process;
+    return parent.virtualBytes != 0 && parent.startTicks <= process.startTicks;
   }
 
   /// False where the process has ended or has lost its memory since the look.
-  bool readMemory(int pid, Watched& watched) {
-    if (watched.denied) return readSize(pid, watched);
-    const auto text = watch.folder().read(pid, "smaps_rollup");
+  bool readMemory(Watched& watched) {
+    if (watched.denied) return readSize(watched);
+    const auto text = watch.folder().read(watched.process.pid, "smaps_rollup");
     if (!text && errno == ESRCH) return false;
     if (!text && meansTooManyFiles(errno)) return watched.measured;
     const auto memory = text ? parseRollup(*text) : std::nullopt;
-    if (!memory) return readSize(pid, watched);
+    if (!memory) return readSize(watched);
     watched.memory = *memory;
     return watched.measured = true;
   }
 
   /// For a process whose pages may not be looked at.
-  bool readSize(int pid, Watched& watched) {
-    const auto text = watch.folder().read(pid, "statm");
+  bool readSize(Watched& watched) {
+    const auto text = watch.folder().read(watched.process.pid, "statm");
     if (!text) return !meansGone(errno) && watched.measured;
     const auto size = parseStatm(*text, pageSize);
     if (!size || size->virtualSize == 0) return false;
