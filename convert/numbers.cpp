@@ -30,8 +30,15 @@ const char* addDigits(const char* at, const char* end, std::uint64_t& number) {
   return at;
 }
 
-/// The double nearest to a plain decimal number; nothing where the C library has to say.
-std::optional<double> plainDecimal(std::string_view field) {
+/// A decimal number whose digits, without the point, are an exact double.
+struct Decimal {
+  std::int64_t digits;
+  std::size_t decimals;
+  bool negative;
+};
+
+/// A plain field; nothing where the C library has to say.
+std::optional<Decimal> parseDecimal(std::string_view field) {
   const char* at = field.data();
   const char* const end = at + field.size();
   const bool negative = at != end && *at == '-';
@@ -48,10 +55,15 @@ std::optional<double> plainDecimal(std::string_view field) {
     digits += decimals;
   }
   if (at != end || digits == 0 || digits > maxDigits) return std::nullopt;
-  const auto whole = std::int64_t(number);
-  if (whole > exactLimit) return std::nullopt;
-  const double value = double(whole) / powersOfTen[std::size_t(decimals)];
-  return negative ? -value : value;
+  const Decimal decimal{
+      .digits = std::int64_t(number), .decimals = std::size_t(decimals), .negative = negative};
+  return decimal.digits > exactLimit ? std::nullopt : std::optional(decimal);
+}
+
+/// The nearest double.
+double valueOf(const Decimal& decimal) {
+  const double value = double(decimal.digits) / powersOfTen[decimal.decimals];
+  return decimal.negative ? -value : value;
 }
 
 /// No number begins with what is not one of these.
@@ -67,10 +79,11 @@ bool isHalfWay(double value) {
   return (std::bit_cast<std::uint64_t>(value) & lost) == (lost >> 1U) + 1;
 }
 
-}  // namespace
-
-std::optional<float> toFloat(std::string_view field) {
-  if (const auto plain = plainDecimal(field); plain && !isHalfWay(*plain)) return float(*plain);
+std::optional<float> toFloat(const std::optional<Decimal>& plain, std::string_view field) {
+  if (plain) {
+    const double value = valueOf(*plain);
+    if (!isHalfWay(value)) return float(value);
+  }
   if (!mayBeginNumber(field)) return std::nullopt;
   const std::string text(field);
   char* end = nullptr;
@@ -80,8 +93,34 @@ std::optional<float> toFloat(std::string_view field) {
   return value;
 }
 
+char* putHundredths(char* to, bool negative, std::uint64_t hundredths) {
+  if (negative) *to++ = '-';
+  to = std::to_chars(to, to + twoDecimalsRoom, hundredths / 100).ptr;
+  *to++ = '.';
+  *to++ = char('0' + hundredths / 10 % 10);
+  *to++ = char('0' + hundredths % 10);
+  return to;
+}
+
+/// A number of so few digits that, as the nearest float, it is less than half a hundredth off: its
+/// text with two decimals is its own. Null for others.
+char* putShort(char* to, const Decimal& decimal) {
+  constexpr std::array<std::int64_t, 3> factors{100, 10, 1};
+  constexpr std::int64_t limit = std::int64_t{1} << 23U;
+  if (decimal.decimals >= factors.size() || decimal.digits >= limit) return nullptr;
+  const auto hundredths = decimal.digits * factors[decimal.decimals];
+  if (hundredths >= limit) return nullptr;
+  return putHundredths(to, decimal.negative, std::uint64_t(hundredths));
+}
+
+}  // namespace
+
+std::optional<float> toFloat(std::string_view field) {
+  return toFloat(parseDecimal(field), field);
+}
+
 float toSample(std::string_view field) {
-  if (const auto plain = plainDecimal(field)) return float(*plain);
+  if (const auto plain = parseDecimal(field)) return float(valueOf(*plain));
   if (!mayBeginNumber(field)) return 0;
   return float(std::atof(std::string(field).c_str()));
 }
@@ -90,12 +129,15 @@ char* putTwoDecimals(char* to, float value) {
   // A hundred floats are a double without rounding; beyond 2^51 it would have no room for halves.
   const double hundredths = std::fabs(double(value)) * 100;
   if (!(hundredths < 0x1p51)) return to + std::snprintf(to, twoDecimalsRoom, "%.2f", double(value));
-  if (std::signbit(value)) *to++ = '-';
   // Adding 2^52 leaves whole numbers only, rounded half to even as printf does.
   const auto rounded = std::uint64_t(hundredths + 0x1p52) - (std::uint64_t{1} << 52U);
-  to = std::to_chars(to, to + twoDecimalsRoom, rounded / 100).ptr;
-  *to++ = '.';
-  *to++ = char('0' + rounded / 10 % 10);
-  *to++ = char('0' + rounded % 10);
-  return to;
+  return putHundredths(to, std::signbit(value), rounded);
+}
+
+char* putNumber(char* to, std::string_view field) {
+  const auto plain = parseDecimal(field);
+  char* const end = plain ? putShort(to, *plain) : nullptr;
+  if (end != nullptr) return end;
+  const auto value = toFloat(plain, field);
+  return value ? putTwoDecimals(to, *value) : nullptr;
 }

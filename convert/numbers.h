@@ -18,3 +18,6 @@ inline constexpr std::size_t twoDecimalsRoom = 64;
 
 /// Puts the value down as "%.2f" does, without an end mark; returns where it ends.
 char* putTwoDecimals(char* to, float value);
+
+/// Puts what std::stof makes of the field down with two decimals; null where that throws.
+char* putNumber(char* to, std::string_view field);

@@ -13,8 +13,8 @@ namespace {
 OutputFile csvStream;
 
 void putField(std::string_view field) {
-  if (const auto number = toFloat(field)) {
-    csvStream.take(putTwoDecimals(csvStream.room(twoDecimalsRoom), *number));
+  if (const char* const end = putNumber(csvStream.room(twoDecimalsRoom), field)) {
+    csvStream.take(end);
   } else {
     csvStream.put(field);
   }
