@@ -21,7 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const char* data, std::size_t size) {
   expectSame(fast ? exactly(*fast) : "none", slow ? exactly(*slow) : "none", "number");
   char text[twoDecimalsRoom];
   char* const end = putNumber(text, field);
-  expectSame(end != nullptr ? std::string(text, std::size_t(end - text)) : field, plain::csvField(field), "csv");
+  expectSame(end != nullptr ? std::string(text, std::size_t(end - text)) : field,
+             plain::csvField(field), "csv");
   expectSame(exactly(toSample(field)), exactly(plain::sample(field)), "sample");
   float value = 0;
   std::memcpy(&value, data, std::min(size, sizeof value));
