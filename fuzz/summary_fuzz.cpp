@@ -1,6 +1,7 @@
 // The rows that a result file adds to the table. The first byte of the input is its kind.
 
 #include <array>
+#include <cmath>
 #include <stdexcept>
 
 #include "plain_convert.h"
@@ -9,11 +10,17 @@
 
 namespace {
 
+/// The sign of a sum of numbers that are none is the processor's and the compiler's choice.
+std::string meanOf(const Summary& row) {
+  return std::isnan(row.avg) ? "nan" : exactly(row.avg);
+}
+
 std::string textOf(const std::vector<Summary>& rows) {
   std::string text;
-  for (const auto& row : rows)
-    text +=
-        row.name + " " + exactly(row.min) + " " + exactly(row.max) + " " + exactly(row.avg) + "\n";
+  for (const auto& row : rows) {
+    text += row.name + " " + exactly(row.min) + " " + exactly(row.max);
+    text += " " + meanOf(row) + "\n";
+  }
   return text;
 }
 
