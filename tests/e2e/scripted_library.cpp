@@ -3,6 +3,8 @@
 // each is one sample, or N of them. When a source's lines are played out it reports a stop where
 // its interface can, and repeats the last line where it cannot.
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <deque>
 #include <fcntl.h>
 #include <fstream>

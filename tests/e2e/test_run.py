@@ -172,6 +172,9 @@ def test_all_sources_failing_at_once_end_the_process_once(profiler):
         assert (run.status, run.err) == (0, "")
 
 
+@pytest.mark.skipif(
+    os.environ.get("CORVANE_SANITIZE") == "thread", reason="its own memory is files of this size"
+)
 def test_full_disk_keeps_the_complete_lines(profiler):
     def limit_file_size():
         signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
