@@ -29,12 +29,11 @@ void put(std::string_view text) {
 
 void signal_handler(int sig) {
   const int savedErrno = errno;
+  // The flag first: a console whose reader stands still must not hold up the end of the run.
+  if (sig == SIGINT || sig == SIGABRT || sig == SIGTERM) stopRequested = true;
+  if (sig == SIGALRM) timeExpired = true;
   put("\n");
-  if (sig == SIGINT || sig == SIGABRT || sig == SIGTERM) {
-    stopRequested = true;
-  } else if (sig == SIGALRM) {
-    timeExpired = true;
-  } else {
+  if (!stopRequested && !timeExpired) {
     const char digits[] = {char('0' + sig / 10), char('0' + sig % 10)};
     put("warning: signal ");
     put(sig < 10 ? std::string_view(digits + 1, 1) : std::string_view(digits, 2));
@@ -52,6 +51,8 @@ void signal_setup() {
   action.sa_handler = signal_handler;
   for (const int sig : runSignals)
     sigaction(sig, &action, nullptr);
+  // A file that may grow no further is to fail as on a full disk, not to kill the run.
+  signal(SIGXFSZ, SIG_IGN);
   if (profilingTime != 0) alarm(unsigned(profilingTime));
 }
 

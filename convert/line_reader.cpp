@@ -6,7 +6,7 @@
 #include <unistd.h>
 
 LineReader::LineReader(const std::string& path, std::size_t bufferSize)
-    : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC)), buffer_(bufferSize) {}
+    : descriptor_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)), buffer_(bufferSize) {}
 
 LineReader::~LineReader() {
   if (isOpen()) close(descriptor_);

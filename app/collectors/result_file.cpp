@@ -16,7 +16,7 @@
 
 ResultFile::ResultFile(std::string_view prefix)
     : path_(logFolder + "/" + std::string(prefix) + filename + ".txt"),
-      fd_(::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {}
+      fd_(::open(path_.c_str(), O_WRONLY | O_NONBLOCK | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {}
 
 ResultFile::~ResultFile() {
   if (fd_ < 0) return;
