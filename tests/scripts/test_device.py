@@ -47,7 +47,9 @@ def test_interrupt_ends_the_run_on_the_device(start):
     process = start("--mem", "-s", "20", "-t", "0", "-f", "x")
     out = b""
     while b"Started all threads" not in out:
-        out += process.stdout.readline()
+        line = process.stdout.readline()
+        assert line, process.stderr.read()
+        out += line
     os.killpg(process.pid, signal.SIGINT)
     rest, err = process.communicate(timeout=60)
     assert process.returncode == 0, err
