@@ -50,14 +50,14 @@ Sight ProcessWatch::look(Process& process) {
   return sight;
 }
 
-// A reused PID is not taken for the process that had it before: its clock starts at 0, so it is
-// either behind the known reading, or level with it to the nanosecond (which the exclusion of 0
-// leaves to a chance of one in millions), or ahead. Ahead of it by less than a tick it is told by
-// its start time at the next look after `nameLasts`, a time in which the kernel, which hands out
-// PIDs in turn, does not come round to the same one.
+// A reused PID is not taken for the process that had it before. Its clock starts anew, so it is
+// behind the known reading, or level with it to the nanosecond (a chance of one in millions, or for
+// the moment in which neither has run yet), or ahead of it by less than a tick: then its start time
+// tells at the latest after `nameLasts`, and sooner than that no PID comes back, as the kernel
+// hands them out in turn.
 bool ProcessWatch::isStale(const Process& process, const CpuReading& now) const {
-  if (process.name.empty() || now.used == 0) return true;
-  if (now.used < process.cpu.used || now.used - process.usedAtStat >= stale_) return true;
+  if (process.name.empty() || now.used < process.cpu.used) return true;
+  if (now.used - process.usedAtStat >= stale_) return true;
   const bool hasRun = process.nameMayDiffer || now.used != process.cpu.used;
   return hasRun && now.at - process.nameAt >= nameLasts;
 }

@@ -89,12 +89,12 @@ TEST(ProcessMonitor, ReadsOnlyWhoHasRun) {
   const FakeClocks clocks;
   constexpr std::uint64_t hour = 3'600'000'000'000;
   constexpr long long future = 1LL << 60;
-  clocks.used = {{5, hour}, {6, hour}, {7, hour}};
+  clocks.used = {{5, 0}, {6, hour}, {7, hour}};
   writeProcess(tree, {.pid = 5, .comm = "idle", .user = 1});
   writeProcess(tree, {.pid = 6, .comm = "busy", .user = 1});
   writeProcess(tree, {.pid = 7, .comm = "old", .user = 1});
   process::PROCESS_MON monitor(goOn);
-  clocks.used = {{5, hour}, {6, 2 * hour}, {7, 5}, {8, hour}, {9, hour}};
+  clocks.used = {{5, 0}, {6, 2 * hour}, {7, 5}, {8, hour}, {9, hour}};
   writeProcess(tree, {.pid = 5, .comm = "unseen", .user = 200});
   writeProcess(tree, {.pid = 6, .comm = "exec", .user = 200});
   writeProcess(tree, {.pid = 7, .comm = "reused", .start = 20});
