@@ -3,10 +3,17 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 LineReader::LineReader(const std::string& path, std::size_t bufferSize)
-    : descriptor_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)), buffer_(bufferSize) {}
+    : descriptor_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)), buffer_(bufferSize) {
+  struct stat info{};
+  if (isOpen() && fstat(descriptor_, &info) == 0 && S_ISCHR(info.st_mode)) {
+    close(descriptor_);
+    descriptor_ = -1;
+  }
+}
 
 LineReader::~LineReader() {
   if (isOpen()) close(descriptor_);

@@ -6,7 +6,8 @@
 #include <vector>
 
 /// Reads a file line by line through a buffer that grows only for a line longer than itself. What
-/// cannot be read is taken for the end of the file, a folder for an empty file.
+/// cannot be read is taken for the end of the file, a folder for an empty file. A character device
+/// is not opened: some never end.
 class LineReader {
  public:
   static constexpr std::size_t usualBuffer = 128UL << 10U;

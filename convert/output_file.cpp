@@ -45,7 +45,8 @@ void OutputFile::writeOut(std::string_view text) {
       text.remove_prefix(std::size_t(count));
     } else if (count == 0 || errno != EINTR) {
       failed_ = true;
-      std::cerr << "corvane: " + path_ + " cannot be written: " + std::strerror(errno) + "\n";
+      std::cerr << "corvane: " + path_ + " cannot be written: " + std::strerror(errno) +
+                       "; it is incomplete\n";
       return;
     }
   }

@@ -138,8 +138,8 @@ TEST_F(ResultFile, WhoseCsvCannotBeWrittenDoesNotStopTheOthers) {
         {folder.write("a.txt", "1\n"), full, folder.path("c.txt"), folder.write("d.txt", "4\n")});
   });
   EXPECT_THAT(console.out, testing::HasSubstr(full + "\nFound an empty line\n"));
-  EXPECT_EQ(console.err,
-            "corvane: " + folder.path("b.csv") + " cannot be written: No space left on device\n");
+  EXPECT_EQ(console.err, "corvane: " + folder.path("b.csv") +
+                             " cannot be written: No space left on device; it is incomplete\n");
   EXPECT_EQ(folder.read("c.csv"), "");
   EXPECT_EQ(folder.read("d.csv"), "4.00\n");
 }
