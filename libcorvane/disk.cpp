@@ -107,9 +107,9 @@ class Disks {
   void lookAtSize(Disk& disk) {
     const Descriptor file = openKernelFile(disk.sizeFile.c_str());
     if (!file && errno == ENOENT) disk.isWhole = false;
-    const auto text = file ? sizeText_.readOnce(file.get()) : std::nullopt;
-    auto digits = text.value_or("");
-    disk.hasSize = nextNumber(digits).value_or(0) > 0;
+    auto text = file ? sizeText_.readOnce(file.get()) : std::nullopt;
+    // Where it cannot be read just now, for want of descriptors, what is known stands.
+    if (text) disk.hasSize = nextNumber(*text).value_or(0) > 0;
   }
 
   KernelFile diskstats_{"/proc/diskstats"};

@@ -23,9 +23,15 @@ std::size_t characterLength(std::string_view text) {
   return bad ? 0 : length;
 }
 
-bool isHarmless(char byte) {
-  const auto value = static_cast<unsigned char>(byte);
-  return value >= 0x20 && value != 0x7F && byte != '"' && byte != '\\' && byte != ',';
+/// Whether a character can neither end a line, for any reader, nor steer a terminal, nor break a
+/// field of the CSV or a string of the trace.
+bool isHarmless(std::string_view character) {
+  if (character.size() == 1) {
+    const auto byte = static_cast<unsigned char>(character[0]);
+    return byte >= 0x20 && byte != 0x7F && byte != '"' && byte != '\\' && byte != ',';
+  }
+  const bool isControl = character >= "\xC2\x80" && character < "\xC2\xA0";  // as U+0085
+  return !isControl && character != "\u2028" && character != "\u2029";
 }
 
 }  // namespace
@@ -36,10 +42,11 @@ std::string safeName(std::string_view name, std::size_t longest) {
   safe.reserve(name.size());
   while (!name.empty()) {
     const std::size_t length = characterLength(name);
-    if (length == 0 || (length == 1 && !isHarmless(name[0]))) {
+    const auto character = name.substr(0, length);
+    if (length == 0 || !isHarmless(character)) {
       safe += '_';
     } else {
-      safe += name.substr(0, length);
+      safe += character;
     }
     name.remove_prefix(std::max<std::size_t>(length, 1));
   }

@@ -108,7 +108,10 @@ struct State {
     const auto memory = text ? parseRollup(*text) : std::nullopt;
     if (!memory) return readSize(watched);
     watched.memory = *memory;
-    return watched.measured = true;
+    // More than all: an exec came between the two readings.
+    auto& process = watched.process;
+    if (memory->resident > process.virtualBytes / 1024) watch.readStat(process);
+    return watched.measured = process.virtualBytes != 0;
   }
 
   /// For a process whose pages may not be looked at.
