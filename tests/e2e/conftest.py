@@ -8,6 +8,7 @@ from pathlib import Path
 
 import pytest
 
+FIXTURES = Path(__file__).resolve().parent.parent / "fixtures"
 BUILD = Path(os.environ["CORVANE_BUILD"])
 RUNNER = shlex.split(os.environ.get("CORVANE_RUNNER", ""))  # an emulator, for another processor
 PROGRAM = [*RUNNER, str(BUILD / "profiler_app")]

@@ -128,9 +128,7 @@ struct State {
 };
 static_assert(sizeof(State) <= 4096);
 
-State& in(unsigned char* opaque) {
-  return *reinterpret_cast<State*>(opaque);
-}
+State& in(unsigned char* opaque) { return *reinterpret_cast<State*>(opaque); }
 State& make(unsigned char* opaque, const std::string& call) {
   record(call);
   return *new (opaque) State;
@@ -142,9 +140,7 @@ void setPeriod(unsigned char* opaque, const std::string& monitor, int millisecon
 
 }  // namespace
 
-void printLibraryVersion() {
-  puts("Scripted Library Version : v0");
-}
+void printLibraryVersion() { puts("Scripted Library Version : v0"); }
 
 namespace cpu {
 CPU_MON::CPU_MON() {
@@ -153,12 +149,8 @@ CPU_MON::CPU_MON() {
   play("cpu.cores", cores);
   coreCount = cores[0];
 }
-CPU_MON::~CPU_MON() {
-  record("~CPU_MON");
-}
-void CPU_MON::corvane_setSamplingTime(int ms) {
-  setPeriod(opaque_, "CPU_MON", ms);
-}
+CPU_MON::~CPU_MON() { record("~CPU_MON"); }
+void CPU_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "CPU_MON", ms); }
 double* CPU_MON::corvane_getPerCoreUsage() {
   record("corvane_getPerCoreUsage");
   auto& state = in(opaque_);
@@ -173,33 +165,17 @@ double* CPU_MON::corvane_getPerCoreStealTime() {
 }  // namespace cpu
 
 namespace gpu {
-GPU_MON::GPU_MON() {
-  make(opaque_, "GPU_MON");
-}
-GPU_MON::~GPU_MON() {
-  record("~GPU_MON");
-}
+GPU_MON::GPU_MON() { make(opaque_, "GPU_MON"); }
+GPU_MON::~GPU_MON() { record("~GPU_MON"); }
 std::vector<std::string> GPU_MON::corvane_getGPUHeaders() {
   return {"  GPU  Freq (MHz)", "Util(%)", "Bus Busy", "rd bw", "wr"};
 }
-int GPU_MON::corvane_getGPUSample() {
-  return play("gpu", in(opaque_).floats) ? 0 : -1;
-}
-float GPU_MON::corvane_getGPUFrequency() {
-  return in(opaque_).floats[0];
-}
-float GPU_MON::corvane_getGPUUtilization() {
-  return in(opaque_).floats[1];
-}
-float GPU_MON::corvane_gpuBusBusy() {
-  return in(opaque_).floats[2];
-}
-float GPU_MON::corvane_getReadBandwidth() {
-  return in(opaque_).floats[3];
-}
-float GPU_MON::corvane_getWriteBandwidth() {
-  return in(opaque_).floats[4];
-}
+int GPU_MON::corvane_getGPUSample() { return play("gpu", in(opaque_).floats) ? 0 : -1; }
+float GPU_MON::corvane_getGPUFrequency() { return in(opaque_).floats[0]; }
+float GPU_MON::corvane_getGPUUtilization() { return in(opaque_).floats[1]; }
+float GPU_MON::corvane_gpuBusBusy() { return in(opaque_).floats[2]; }
+float GPU_MON::corvane_getReadBandwidth() { return in(opaque_).floats[3]; }
+float GPU_MON::corvane_getWriteBandwidth() { return in(opaque_).floats[4]; }
 }  // namespace gpu
 
 namespace dsp {
@@ -208,32 +184,20 @@ DSP_MON::DSP_MON(int slot, int (*wait)(int)) {
   state.slot = slot;
   state.wait = wait;
 }
-DSP_MON::~DSP_MON() {
-  record("~DSP_MON");
-}
+DSP_MON::~DSP_MON() { record("~DSP_MON"); }
 int DSP_MON::corvane_getDSPSample() {
   auto& state = in(opaque_);
   if (state.wait(state.slot) != goOn) return -1;
   return play("dsp" + std::to_string(state.slot), state.floats) ? 0 : 1;
 }
-long DSP_MON::corvane_getDSPFrequency() {
-  return long(in(opaque_).floats[0]);
-}
-float DSP_MON::corvane_getDSPUtilization() {
-  return in(opaque_).floats[1];
-}
+long DSP_MON::corvane_getDSPFrequency() { return long(in(opaque_).floats[0]); }
+float DSP_MON::corvane_getDSPUtilization() { return in(opaque_).floats[1]; }
 }  // namespace dsp
 
 namespace ddr {
-DDR_MON::DDR_MON() {
-  make(opaque_, "DDR_MON");
-}
-DDR_MON::~DDR_MON() {
-  record("~DDR_MON");
-}
-void DDR_MON::corvane_setSamplingTime(int ms) {
-  setPeriod(opaque_, "DDR_MON", ms);
-}
+DDR_MON::DDR_MON() { make(opaque_, "DDR_MON"); }
+DDR_MON::~DDR_MON() { record("~DDR_MON"); }
+void DDR_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "DDR_MON", ms); }
 std::int64_t* DDR_MON::corvane_getDDRStats() {
   play("ddr", in(opaque_).bandwidths);
   return in(opaque_).bandwidths;
@@ -241,12 +205,8 @@ std::int64_t* DDR_MON::corvane_getDDRStats() {
 }  // namespace ddr
 
 namespace memory {
-MEMORY_MON::MEMORY_MON() {
-  make(opaque_, "MEMORY_MON");
-}
-MEMORY_MON::~MEMORY_MON() {
-  record("~MEMORY_MON");
-}
+MEMORY_MON::MEMORY_MON() { make(opaque_, "MEMORY_MON"); }
+MEMORY_MON::~MEMORY_MON() { record("~MEMORY_MON"); }
 std::uint64_t* MEMORY_MON::corvane_getMemStats() {
   play("mem", in(opaque_).kilobytes);
   return in(opaque_).kilobytes;
@@ -257,15 +217,9 @@ namespace process {
 PROCESS_MON::PROCESS_MON(int (*wait)(int), std::vector<int> pids) {
   make(opaque_, "PROCESS_MON" + joined(pids)).wait = wait;
 }
-PROCESS_MON::PROCESS_MON(int (*wait)(int)) {
-  make(opaque_, "PROCESS_MON").wait = wait;
-}
-PROCESS_MON::~PROCESS_MON() {
-  record("~PROCESS_MON");
-}
-void PROCESS_MON::corvane_setSamplingTime(int ms) {
-  setPeriod(opaque_, "PROCESS_MON", ms);
-}
+PROCESS_MON::PROCESS_MON(int (*wait)(int)) { make(opaque_, "PROCESS_MON").wait = wait; }
+PROCESS_MON::~PROCESS_MON() { record("~PROCESS_MON"); }
+void PROCESS_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "PROCESS_MON", ms); }
 std::vector<procStats> PROCESS_MON::corvane_getProcessStats(std::vector<int> pids) {
   record("corvane_getProcessStats" + joined(pids));
   return corvane_getProcessStats();
@@ -290,12 +244,8 @@ DISK_MON::DISK_MON(int (*wait)(int)) {
   state.wait = wait;
   state.disks = new std::vector<diskStats>;
 }
-DISK_MON::~DISK_MON() {
-  record("~DISK_MON");
-}
-void DISK_MON::corvane_setSamplingTime(int ms) {
-  setPeriod(opaque_, "DISK_MON", ms);
-}
+DISK_MON::~DISK_MON() { record("~DISK_MON"); }
+void DISK_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "DISK_MON", ms); }
 std::vector<diskStats>* DISK_MON::corvane_getIOStats() {
   auto& disks = *in(opaque_).disks;
   disks.clear();
@@ -308,18 +258,12 @@ std::vector<diskStats>* DISK_MON::corvane_getIOStats() {
   }
   return &disks;
 }
-int DISK_MON::corvane_getNumOfIOStats() {
-  return int(in(opaque_).disks->size());
-}
+int DISK_MON::corvane_getNumOfIOStats() { return int(in(opaque_).disks->size()); }
 }  // namespace diskio
 
 namespace procmem {
-PERPROCMEM_MON::PERPROCMEM_MON() {
-  make(opaque_, "PERPROCMEM_MON");
-}
-PERPROCMEM_MON::~PERPROCMEM_MON() {
-  record("~PERPROCMEM_MON");
-}
+PERPROCMEM_MON::PERPROCMEM_MON() { make(opaque_, "PERPROCMEM_MON"); }
+PERPROCMEM_MON::~PERPROCMEM_MON() { record("~PERPROCMEM_MON"); }
 std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats(std::vector<int> pids) {
   record("corvane_getPerProcessMemStats" + joined(pids));
   return corvane_getPerProcessMemStats();
@@ -338,15 +282,9 @@ std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats() {
 }  // namespace procmem
 
 namespace net {
-NET_MON::NET_MON() {
-  make(opaque_, "NET_MON");
-}
-NET_MON::~NET_MON() {
-  record("~NET_MON");
-}
-void NET_MON::corvane_setSamplingTime(int ms) {
-  setPeriod(opaque_, "NET_MON", ms);
-}
+NET_MON::NET_MON() { make(opaque_, "NET_MON"); }
+NET_MON::~NET_MON() { record("~NET_MON"); }
+void NET_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "NET_MON", ms); }
 std::vector<netStats> NET_MON::corvane_getNetstats() {
   sleepMilliseconds(in(opaque_).period);
   std::vector<netStats> interfaces;
