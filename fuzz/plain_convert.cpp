@@ -1,6 +1,7 @@
 #include "plain_convert.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -51,11 +52,10 @@ Table summaryTable(const std::string& content) {
 }
 
 std::optional<float> number(const std::string& field) {
-  try {
-    return std::stof(field);
-  } catch (const std::logic_error&) {
-    return std::nullopt;
-  }
+  char* end = nullptr;
+  errno = 0;
+  const float value = std::strtof(field.c_str(), &end);
+  return end == field.c_str() || errno == ERANGE ? std::nullopt : std::optional(value);
 }
 
 std::string csvField(const std::string& field) {

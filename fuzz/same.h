@@ -1,8 +1,11 @@
 #pragma once
 
+#include <bit>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -27,6 +30,14 @@ inline std::string exactly(float value) {
   char text[64];
   std::snprintf(text, sizeof text, "%a", double(value));
   return text;
+}
+
+/// Compares the bits, so that two that are not a number compare, and 0 is not -0.
+inline void expectSame(std::optional<float> fast, std::optional<float> slow, const char* what) {
+  const auto bits = [](float value) { return std::bit_cast<std::uint32_t>(value); };
+  if (fast.has_value() == slow.has_value() && (!fast || bits(*fast) == bits(*slow))) return;
+  expectSame(fast ? exactly(*fast) : "none", slow ? exactly(*slow) : "none", what);
+  std::abort();  // not the same, though they look it
 }
 
 /// Keeps what is printed on standard output while it lives.

@@ -60,17 +60,19 @@ def test_hostile_process_names(profiler):
         assert seen == {str(process.pid) for process in processes}
 
 
-def test_few_descriptors(profiler):
-    processes = [sleeper(b"one of many") for _ in range(60)]
+def test_more_processes_than_descriptors(profiler):
+    command = ["one of many", "1000"]
+    processes = [subprocess.Popen(command, executable="/bin/sleep") for _ in range(300)]
     run = profiler.run(
-        EVERYTHING + " -s 100 -t 1 -f x", scripted=False,
-        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (32, 32)),
+        EVERYTHING + " -s 200 -t 1 -f x", scripted=False,
+        preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (64, 64)),
     )  # fmt: skip
     for process in processes:
-        process.communicate()
+        process.kill()
+        process.wait()
     check_whole(run)
     for prefix in ("procprofiler", "procmem-profiler"):
-        assert run.result(prefix).count("one_of_many") >= 60
+        assert run.result(prefix).count("one_of_many") >= 300
     assert run.status == 0
 
 

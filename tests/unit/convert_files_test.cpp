@@ -132,15 +132,16 @@ TEST_F(ResultFile, WhoseCsvCannotBeWrittenDoesNotStopTheOthers) {
   std::filesystem::create_directory(folder.path("a.csv"));
   std::filesystem::create_symlink("/dev/full", folder.path("b.csv"));
   std::filesystem::create_directory(folder.path("c.txt"));  // reads as an empty file
+  std::filesystem::create_symlink("/dev/zero", folder.path("e.txt"));
   const auto full = folder.write("b.txt", "2\n" + std::string(300000, 'x') + "\n\n");
   const auto console = printedBy([&] {
-    parseFilesCsv(
-        {folder.write("a.txt", "1\n"), full, folder.path("c.txt"), folder.write("d.txt", "4\n")});
+    parseFilesCsv({folder.write("a.txt", "1\n"), full, folder.path("c.txt"), folder.path("e.txt"),
+                   folder.write("d.txt", "4\n")});
   });
   EXPECT_THAT(console.out, testing::HasSubstr(full + "\nFound an empty line\n"));
   EXPECT_EQ(console.err, "corvane: " + folder.path("b.csv") +
                              " cannot be written: No space left on device; it is incomplete\n");
-  EXPECT_EQ(folder.read("c.csv"), "");
+  EXPECT_EQ(folder.read("c.csv") + folder.read("e.csv"), "");
   EXPECT_EQ(folder.read("d.csv"), "4.00\n");
 }
 
