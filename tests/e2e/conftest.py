@@ -2,8 +2,10 @@
 
 import os
 import shlex
+import shutil
 import signal
 import subprocess
+import tempfile
 from pathlib import Path
 
 import pytest
@@ -48,7 +50,7 @@ class Profiler:
         environment |= popen.pop("env", {})
         popen = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "bufsize": 0} | popen
         process = subprocess.Popen(
-            [*before, *PROGRAM, *options.split(), *args_after],
+            [*before, *popen.pop("program", PROGRAM), *options.split(), *args_after],
             cwd=self.folder, env=environment, **popen,
         )
         self.processes.append(process)
@@ -85,6 +87,18 @@ def profiler(tmp_path):
     yield profiler
     for process in profiler.processes:
         process.kill()  # a test that failed may have left it running
+
+
+@pytest.fixture(scope="session")
+def somebody_else():
+    """How to start the program as a user who cannot enter the folders of root."""
+    if os.geteuid() != 0 or RUNNER:
+        pytest.skip("only root can become somebody else, whose emulator may lie where only root goes")
+    with tempfile.TemporaryDirectory() as folder:
+        os.chmod(folder, 0o755)
+        for name in ("profiler_app", "libcorvane.so"):
+            shutil.copy(BUILD / name, folder)
+        yield {"program": [folder + "/profiler_app"], "user": 65534, "group": 65534}
 
 
 def pytest_configure():

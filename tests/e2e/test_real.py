@@ -11,8 +11,6 @@ import sys
 import time
 from pathlib import Path
 
-import pytest
-
 HOSTILE = [b"new\nline", b'quo"te\\back', b"com,ma bl ank", b"\xff\xfe\xc3", b"p) R 1 (x", b"\t", b"x" * 3000]
 EVERYTHING = "-cgadroipun --live --json --csv"
 
@@ -76,11 +74,10 @@ def test_more_processes_than_descriptors(profiler):
     assert run.status == 0
 
 
-@pytest.mark.skipif(os.geteuid() != 0, reason="only root can become somebody else")
-def test_ordinary_user(profiler):
+def test_ordinary_user(profiler, somebody_else):
     os.chmod(profiler.folder, 0o777)
     (profiler.folder / "calls").touch()
-    run = profiler.run(EVERYTHING + " -s 100 -t 1 -f x", scripted=False, user=65534, group=65534)
+    run = profiler.run(EVERYTHING + " -s 100 -t 1 -f x", scripted=False, **somebody_else)
     assert run.out.endswith("+\n") and run.status == 0
     check_whole(run)
     own = [line.split() for line in run.result("procmem-profiler").splitlines()[1:] if line]
