@@ -9,10 +9,7 @@
 LineReader::LineReader(const std::string& path, std::size_t bufferSize)
     : descriptor_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)), buffer_(bufferSize) {
   struct stat info{};
-  if (isOpen() && fstat(descriptor_, &info) == 0 && S_ISCHR(info.st_mode)) {
-    close(descriptor_);
-    descriptor_ = -1;
-  }
+  isDevice_ = isOpen() && fstat(descriptor_, &info) == 0 && S_ISCHR(info.st_mode);
 }
 
 LineReader::~LineReader() {
@@ -42,6 +39,7 @@ bool LineReader::next(std::string_view& line) {
 
 /// Adds to what is left in the buffer, which it moves to the front; false at the end of the file.
 bool LineReader::fill() {
+  if (isDevice_) return false;
   end_ -= begin_;
   std::memmove(buffer_.data(), buffer_.data() + begin_, end_);
   begin_ = 0;

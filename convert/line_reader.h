@@ -6,8 +6,8 @@
 #include <vector>
 
 /// Reads a file line by line through a buffer that grows only for a line longer than itself. What
-/// cannot be read is taken for the end of the file, a folder for an empty file. A character device
-/// is not opened: some never end.
+/// cannot be read is taken for the end of the file, a folder for an empty file, and so is a
+/// character device: some never end.
 class LineReader {
  public:
   static constexpr std::size_t usualBuffer = 128UL << 10U;
@@ -27,6 +27,7 @@ class LineReader {
   bool fill();
 
   int descriptor_ = -1;
+  bool isDevice_ = false;
   bool unterminated_ = false;
   std::vector<char> buffer_;
   std::size_t begin_ = 0, end_ = 0;  // what is in the buffer and not yet given out

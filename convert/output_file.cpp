@@ -16,7 +16,9 @@ void OutputFile::open(const std::string& path) {
   flush();
   failed_ = true;
   if (descriptor_ >= 0) return;
-  descriptor_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  // A fifo that nobody reads fails instead of waiting for a reader.
+  constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
+  descriptor_ = ::open(path.c_str(), flags, 0666);
   failed_ = descriptor_ < 0;
   path_ = path;
 }

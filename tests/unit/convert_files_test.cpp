@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 
 #include "printed_by.h"
 #include "scratch_folder.h"
@@ -131,18 +132,19 @@ TEST_F(ResultFile, CanHaveLinesLongerThanTheBuffer) {
 TEST_F(ResultFile, WhoseCsvCannotBeWrittenDoesNotStopTheOthers) {
   std::filesystem::create_directory(folder.path("a.csv"));
   std::filesystem::create_symlink("/dev/full", folder.path("b.csv"));
-  std::filesystem::create_directory(folder.path("c.txt"));  // reads as an empty file
-  std::filesystem::create_symlink("/dev/zero", folder.path("e.txt"));
+  ASSERT_EQ(mkfifo(folder.path("d.csv").c_str(), 0600), 0);  // nobody reads it
+  std::filesystem::create_directory(folder.path("e.txt"));   // reads as an empty file
+  std::filesystem::create_symlink("/dev/zero", folder.path("f.txt"));
   const auto full = folder.write("b.txt", "2\n" + std::string(300000, 'x') + "\n\n");
   const auto console = printedBy([&] {
-    parseFilesCsv({folder.write("a.txt", "1\n"), full, folder.path("c.txt"), folder.path("e.txt"),
-                   folder.write("d.txt", "4\n")});
+    parseFilesCsv({folder.write("a.txt", "1\n"), full, folder.write("d.txt", "3\n"),
+                   folder.path("e.txt"), folder.path("f.txt"), folder.write("g.txt", "4\n")});
   });
   EXPECT_THAT(console.out, testing::HasSubstr(full + "\nFound an empty line\n"));
   EXPECT_EQ(console.err, "corvane: " + folder.path("b.csv") +
                              " cannot be written: No space left on device; it is incomplete\n");
-  EXPECT_EQ(folder.read("c.csv") + folder.read("e.csv"), "");
-  EXPECT_EQ(folder.read("d.csv"), "4.00\n");
+  EXPECT_EQ(folder.read("e.csv") + folder.read("f.csv"), "");
+  EXPECT_EQ(folder.read("g.csv"), "4.00\n");
 }
 
 struct MalformedCase {
