@@ -1,6 +1,7 @@
 """What the comparisons share: a run of the program, its result files, and a table with a verdict."""
 
 import argparse
+import collections
 import os
 import pathlib
 import re
@@ -12,6 +13,8 @@ import time
 
 SUFFIX = "compared"
 
+Cost = collections.namedtuple("Cost", "seconds peak_kb")  # of processor time, of memory
+
 
 def arguments(description, seconds=10):
     """The command line of a comparison; add options to what this returns before parsing."""
@@ -22,15 +25,43 @@ def arguments(description, seconds=10):
     return parser
 
 
+def add_rounds(parser):
+    parser.add_argument("--rounds", type=int, default=3,
+                        help="of which the cheapest counts; default: %(default)s")
+
+
+def add_crowds(parser):
+    parser.add_argument("--crowds", type=int, nargs="+", default=[300, 1500],
+                        help="processes beside which it is measured; default: %(default)s")
+
+
+def spending(program, command, **popen_options):
+    """A command started under the `spent` that was built with the program."""
+    return subprocess.Popen(
+        [program.resolve().parent / "bench" / "spent", *map(str, command)],
+        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True, **popen_options)
+
+
+def cost_of(process):
+    """What a command under `spent` has used, at its end; one that failed ends the comparison."""
+    used, peak_kb = process.communicate()[0].split()
+    if process.returncode != 0:
+        sys.exit(f"{' '.join(process.args[1:])} ended with status {process.returncode}")
+    return Cost(int(used) / 1e6, int(peak_kb))
+
+
 class Run:
     """The program, started in a folder of its own; its files are gone with the object."""
 
-    def __init__(self, program, *options, **popen_options):
+    def __init__(self, program, *options, under_spent=False, **popen_options):
         self._folder = tempfile.TemporaryDirectory(prefix="corvane-")
-        self.process = subprocess.Popen(
-            [str(program.resolve()), *map(str, options), "--file", SUFFIX],
-            cwd=self._folder.name, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-            **popen_options)
+        command = [str(program.resolve()), *map(str, options), "--file", SUFFIX]
+        if under_spent:
+            self.process = spending(program, command, cwd=self._folder.name, **popen_options)
+        else:
+            self.process = subprocess.Popen(
+                command, cwd=self._folder.name, stdin=subprocess.DEVNULL,
+                stdout=subprocess.DEVNULL, **popen_options)
 
     def __enter__(self):
         return self
@@ -156,6 +187,22 @@ class Load:
         for process in self.processes:
             os.killpg(process.pid, signal.SIGKILL)
             process.wait()
+
+
+class Crowd:
+    """So many processes, a tenth of which run now and then; ended with the object."""
+
+    def __init__(self, program, size):
+        self._members = subprocess.Popen([program.resolve().parent / "bench" / "crowd", str(size)],
+                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        if self._members.stdout.readline() != b"ready\n":
+            sys.exit("the crowd did not come together")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self._members.communicate()
 
 
 class ProcessClock:

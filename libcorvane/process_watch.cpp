@@ -9,12 +9,10 @@
 
 namespace {
 
-/// A process that goes on running is asked for its name once in this time.
-constexpr std::chrono::seconds nameLasts{1};
-
-bool nameIsOld(const Process& process) {
-  return process.cpu.at - process.nameAt >= nameLasts;
-}
+/// Of a process that goes on running `stat` is read once in this time, and a new name once more.
+constexpr std::chrono::seconds statLasts{1};
+/// A name that was found unchanged is read less often: `stat` tells most changes, and costs less.
+constexpr std::chrono::seconds nameLasts{5};
 
 Sight gone(Process& process) {
   const int pid = process.pid;
@@ -53,13 +51,13 @@ Sight ProcessWatch::look(Process& process) {
 // A reused PID is not taken for the process that had it before. Its clock starts anew, so it is
 // behind the known reading, or level with it to the nanosecond (a chance of one in millions, or for
 // the moment in which neither has run yet), or ahead of it by less than a tick: then its start time
-// tells at the latest after `nameLasts`, and sooner than that no PID comes back, as the kernel
+// tells at the latest after `statLasts`, and sooner than that no PID comes back, as the kernel
 // hands them out in turn.
 bool ProcessWatch::isStale(const Process& process, const CpuReading& now) const {
   if (process.name.empty() || now.used < process.cpu.used) return true;
   if (now.used - process.usedAtStat >= stale_) return true;
-  const bool hasRun = process.nameMayDiffer || now.used != process.cpu.used;
-  return hasRun && now.at - process.nameAt >= nameLasts;
+  if (now.used != process.usedAtStat && now.at - process.statAt >= statLasts) return true;
+  return process.nameMayDiffer && now.at >= process.nameDue;
 }
 
 Sight ProcessWatch::readStat(Process& process, Source source) {
@@ -81,10 +79,11 @@ Sight ProcessWatch::readStat(Process& process, Source source) {
   process.systemTicks = stat->systemTicks;
   process.virtualBytes = stat->virtualBytes;
   process.usedAtStat = process.cpu.used;
+  process.statAt = process.cpu.at;
   if (started) process.name.clear();
   const auto commHash = std::uint32_t(std::hash<std::string_view>{}(stat->comm));
   const bool renamed = std::exchange(process.commHash, commHash) != commHash;
-  if (started || renamed || nameIsOld(process)) readName(process, *stat);
+  if (started || renamed || process.cpu.at >= process.nameDue) readName(process, *stat);
   return started ? Sight::started : Sight::read;
 }
 
@@ -94,6 +93,8 @@ void ProcessWatch::readName(Process& process, const ProcessStat& stat) {
   const auto cmdline = hasArguments ? folder_.read(process.pid, "cmdline") : "";
   // Unreadable, or empty as it is for a moment in the middle of an exec: worth another look.
   process.nameMayDiffer = hasArguments && cmdline.value_or("").empty();
-  process.nameAt = process.cpu.at;
-  if (cmdline || process.name.empty()) process.name = processName(cmdline.value_or(""), comm);
+  auto name =
+      cmdline || process.name.empty() ? processName(cmdline.value_or(""), comm) : process.name;
+  process.nameDue = process.cpu.at + (name == process.name ? nameLasts : statLasts);
+  process.name = std::move(name);
 }

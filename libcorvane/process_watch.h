@@ -28,7 +28,8 @@ struct Process {
   std::uint64_t systemTicks = 0;
   std::uint64_t virtualBytes = 0;
   std::uint64_t usedAtStat = 0;  ///< cpu.used when `stat` was read
-  SteadyTime nameAt;             ///< when the name was read
+  SteadyTime statAt;             ///< when that was
+  SteadyTime nameDue;            ///< when the name is to be read again, if it may differ
   std::uint32_t commHash = 0;
   bool nameMayDiffer = false;  ///< it has run since, or had no arguments then
 };

@@ -16,7 +16,7 @@ declare -A packages=(
   [gcc]="g++-12"
   [arm64]="qemu-user"
   [packaging]="dpkg-dev file"
-  [bench]="mawk"
+  [bench]="mawk procps sysstat atop collectl smem"
   [plot]="gnuplot-nox"
   [lint]="clang-format-19 clang-tidy-19 shellcheck"
 )
