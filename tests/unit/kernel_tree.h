@@ -1,15 +1,18 @@
 #pragma once
 
-#include <initializer_list>
 #include <string>
 #include <string_view>
-#include <utility>
 
 /// A small tree of kernel files in a folder of its own that stands for "/" as long as it lives, so
-/// that a test can be a machine that is not at hand.
+/// that a test can be a machine that is not at hand. What the kernel tells by other means than
+/// files has files there too:
+///
+///     /clocks/PID            processor time in ns; "refused" where the kernel keeps it to itself
+///     /counters/TYPE:CONFIG,CONFIG1,CONFIG2@CPU   a count, and the ns that its counter was enabled
+///                            and running; it cannot be opened where there is no such file
 class KernelTree {
  public:
-  KernelTree(std::initializer_list<std::pair<std::string, std::string>> files = {});
+  KernelTree();
   ~KernelTree();
   KernelTree(const KernelTree&) = delete;
   KernelTree& operator=(const KernelTree&) = delete;

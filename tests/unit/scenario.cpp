@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <sstream>
 
 #include "kernel_tree.h"
 #include "notice.h"
@@ -11,6 +13,12 @@ namespace {
 
 int waitResult = ETIMEDOUT;
 int waitedSlot = -1;
+
+std::string withBytes(std::string line) {
+  for (auto at = line.find("\\x"); at != line.npos; at = line.find("\\x", at + 1))
+    line.replace(at, 4, 1, char(std::stoi(line.substr(at + 2, 2), nullptr, 16)));
+  return line;
+}
 
 void change(const KernelTree& tree, const Scenario::Step& step) {
   const auto arrow = step.target.find(" -> ");
@@ -38,30 +46,37 @@ Scenario::Scenario(const std::string& file) {
   std::ifstream input(file, std::ios::binary);
   for (std::string line; std::getline(input, line);) {
     const auto mark = line.substr(0, 3);
-    if (mark == "===" || mark == "---" || mark == ">>>") {
+    if (mark == "###" || mark == "===" || mark == "---" || mark == ">>>") {
       steps.push_back({mark, line.substr(4), ""});
     } else {
-      (steps.empty() ? about : steps.back().text) += line + "\n";
+      (steps.empty() ? about : steps.back().text) += withBytes(line) + "\n";
     }
   }
 }
 
-void Scenario::play(const std::function<Sampler()>& start) const {
+void Scenario::play(const std::function<Sampler(const Pids&)>& start) const {
   const KernelTree tree;
   Sampler sample;
+  std::string remark;
   forgetNotices();
   testing::internal::CaptureStderr();
   for (const auto& step : steps) {
-    if (step.mark != ">>>") {
+    std::istringstream words(step.target);
+    std::string what;
+    words >> what;
+    const Pids pids(std::istream_iterator<int>(words), {});
+    if (step.mark == "###") {
+      remark = step.target;
+    } else if (step.mark != ">>>") {
       change(tree, step);
-    } else if (step.target == "start") {
-      sample = start();
-    } else if (step.target == "errors") {
+    } else if (what == "start") {
+      sample = start(pids);
+    } else if (what == "errors") {
       EXPECT_EQ(testing::internal::GetCapturedStderr(), step.text) << about;
       testing::internal::CaptureStderr();
     } else {
-      waitResult = step.target == "stop" ? 0 : ETIMEDOUT;
-      EXPECT_EQ(sample(), step.text) << about << "step " << &step - steps.data() + 1;
+      waitResult = what == "stop" ? 0 : ETIMEDOUT;
+      EXPECT_EQ(sample(pids), step.text) << about << remark << ", step " << &step - steps.data();
     }
   }
   testing::internal::GetCapturedStderr();

@@ -7,13 +7,16 @@
 /// A machine's story in a text file: what its kernel files hold, how they change, and what a
 /// monitor is to publish meanwhile. A first part without a mark says what is played; then
 ///
+///     ### remark                what comes next
 ///     === /proc/file            the file's new content follows
 ///     === /sys/link -> target   a symbolic link
 ///     --- /sys/path             the file or folder vanishes
-///     >>> start                 the monitor is made, and told its period
-///     >>> sample                the next sample; what it publishes follows
+///     >>> start [PID...]        the monitor is made (for these processes), and told its period
+///     >>> sample [PID...]       the next sample (of these processes); what it publishes follows
 ///     >>> stop                  the same, where the wait for the period's end says stop
 ///     >>> errors                what standard error has held since the start follows
+///
+/// A byte that text does not hold is written as \x and two digits.
 struct Scenario {
   struct Step {
     std::string mark, target, text;
@@ -26,8 +29,9 @@ struct Scenario {
 
   /// Plays the story on a tree of its own. `start` makes the monitor and returns what takes a
   /// sample and writes down what is published.
-  using Sampler = std::function<std::string()>;
-  void play(const std::function<Sampler()>& start) const;
+  using Pids = std::vector<int>;
+  using Sampler = std::function<std::string(const Pids&)>;
+  void play(const std::function<Sampler(const Pids&)>& start) const;
 };
 
 /// Stands for the program's wait: lets no time pass and says go on (110), except in a step "stop".
