@@ -204,14 +204,21 @@ def test_results_removed_in_mid_run(profiler, command):
     assert (run.status, run.out[-2:]) == (0, "+\n")
 
 
-def test_signal_storm_reaches_into_the_conversions(profiler):
+def test_signal_storm_lasts_into_the_conversions(profiler):
+    folder = profiler.folder / "Results_corvane/x"
+    folder.mkdir(parents=True)
+    (folder / "cpuprofiler_earlier.txt").write_text("t a b c\n" + "1 2 3 4\n" * 300_000)
     process = profiler.start("-c -A 1 --json --csv -t 0 -f x", "cpu 1\n" * 99999)
     while b"Started all threads" not in process.stdout.readline():
         pass
-    for number in [signal.SIGINT, signal.SIGTERM, signal.SIGABRT, signal.SIGALRM] * 2500:
-        process.send_signal(number)
+    sent = 0
+    while process.poll() is None:
+        process.send_signal(signal.Signals([2, 15, 6, 14][sent % 4]))
+        sent += 1
     run = profiler.finish(process)
-    assert (run.folder / "Results_corvane/x/ProfilerOutput.json").read_text().endswith("]}\n")
+    assert sent > 10_000
+    assert (folder / "ProfilerOutput.json").read_text().endswith("]}\n")
+    assert (folder / "cpuprofiler_earlier.csv").read_text().count("\n") == 300_001
     assert (run.status, run.out[-2:]) == (0, "+\n")
 
 
