@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <unistd.h>
 
 #include "notice.h"
@@ -37,12 +38,24 @@ namespace procmem {
 
 namespace {
 
+/// What a process holds that has not run is changed by others alone, who share its pages or reclaim
+/// them. The kernel walks all of them for an answer and keeps the process from its memory map
+/// meanwhile, so that it is asked again only after this time: two seconds, less what a period of
+/// that length may fall short.
+constexpr std::chrono::milliseconds memoryLasts{1900};
+
 struct Watched {
   Process process;
   ResidentMemory memory;
   bool measured = false;     ///< `memory` holds values of this process
+  SteadyTime measuredAt;     ///< when that was
   bool denied = false;       ///< its smaps_rollup; stands until the process runs again
+  bool hasRun = false;       ///< since the sample before, for all that is known
   bool statIsFresh = false;  ///< `stat` was read in this sample
+
+  bool mustMeasure() const {
+    return !measured || hasRun || process.cpu.at - measuredAt >= memoryLasts;
+  }
 };
 
 bool meansTooManyFiles(int error) {
@@ -84,6 +97,7 @@ struct State {
     for (auto& watched : known) {
       const auto sight = watch.look(watched.process);
       if (sight == Sight::started) watched.measured = false;
+      watched.hasRun = sight != Sight::unchanged;
       watched.statIsFresh = sight == Sight::started || sight == Sight::read;
       if (watched.statIsFresh) watched.denied = false;
     }
@@ -101,6 +115,8 @@ struct State {
 
   /// False where the process has ended or has lost its memory since the look.
   bool readMemory(Watched& watched) {
+    if (!watched.mustMeasure()) return true;
+    watched.measuredAt = watched.process.cpu.at;
     if (watched.denied) return readSize(watched);
     const auto text = watch.folder().read(watched.process.pid, "smaps_rollup");
     if (!text && errno == ESRCH) return false;
