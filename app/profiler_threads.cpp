@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
+#include <sys/prctl.h>
 #include <time.h>
 
 #include "collectors/collectors.h"
@@ -54,6 +55,8 @@ timespec after(timespec time, int milliseconds) {
 }  // namespace
 
 int startThreads() {
+  // The threads inherit it: as a rule a sleeper may be woken 50 us late, to save wake-ups.
+  ::prctl(PR_SET_TIMERSLACK, 1);
   for (auto& slot : profilerThreads) {
     if (!runs(slot)) continue;
     if (const int error = start(slot); error != 0) return error;
