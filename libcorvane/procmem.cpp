@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <optional>
 #include <unistd.h>
 
 #include "notice.h"
@@ -46,15 +47,18 @@ constexpr std::chrono::milliseconds memoryLasts{1900};
 
 struct Watched {
   Process process;
+  Sight sight = Sight::gone;  ///< what this sample's look has shown
   ResidentMemory memory;
-  bool measured = false;     ///< `memory` holds values of this process
-  SteadyTime measuredAt;     ///< when that was
-  bool denied = false;       ///< its smaps_rollup; stands until the process runs again
-  bool hasRun = false;       ///< since the sample before, for all that is known
-  bool statIsFresh = false;  ///< `stat` was read in this sample
+  std::optional<SteadyTime> measuredAt;  ///< none: `memory` holds no values of this process
+  bool denied = false;                   ///< its smaps_rollup; stands until the process runs again
 
+  bool statIsFresh() const { return sight == Sight::started || sight == Sight::read; }
   bool mustMeasure() const {
-    return !measured || hasRun || process.cpu.at - measuredAt >= memoryLasts;
+    return !measuredAt || sight != Sight::unchanged || process.cpu.at - *measuredAt >= memoryLasts;
+  }
+  void keep(const ResidentMemory& now) {
+    memory = now;
+    measuredAt = process.cpu.at;
   }
 };
 
@@ -84,7 +88,7 @@ struct State {
     for (auto& watched : known) {
       // Not a kernel thread or a zombie, which have no memory of their own.
       if (watched.process.virtualBytes == 0) continue;
-      if (!watched.statIsFresh && !parentStands(watched.process)) {
+      if (!watched.statIsFresh() && !parentStands(watched.process)) {
         watch.readStat(watched.process);
       }
       if (readMemory(watched)) records.push_back(toRecord(watched));
@@ -95,11 +99,9 @@ struct State {
   void lookAtAll(const std::vector<int>& pids) {
     follow(known, pids);
     for (auto& watched : known) {
-      const auto sight = watch.look(watched.process);
-      if (sight == Sight::started) watched.measured = false;
-      watched.hasRun = sight != Sight::unchanged;
-      watched.statIsFresh = sight == Sight::started || sight == Sight::read;
-      if (watched.statIsFresh) watched.denied = false;
+      watched.sight = watch.look(watched.process);
+      if (watched.sight == Sight::started) watched.measuredAt.reset();
+      if (watched.statIsFresh()) watched.denied = false;
     }
   }
 
@@ -116,31 +118,36 @@ struct State {
   /// False where the process has ended or has lost its memory since the look.
   bool readMemory(Watched& watched) {
     if (!watched.mustMeasure()) return true;
-    watched.measuredAt = watched.process.cpu.at;
     if (watched.denied) return readSize(watched);
-    const auto text = watch.folder().read(watched.process.pid, "smaps_rollup");
-    if (!text && errno == ESRCH) return false;
-    if (!text && meansTooManyFiles(errno)) return watched.measured;
+    auto& process = watched.process;
+    const auto text = watch.folder().read(process.pid, "smaps_rollup");
+    if (!text && meansTooManyFiles(errno)) return watched.measuredAt.has_value();
+    if (!text && errno == ESRCH) return lost(watched);
     const auto memory = text ? parseRollup(*text) : std::nullopt;
     if (!memory) return readSize(watched);
-    watched.memory = *memory;
+    watched.keep(*memory);
     // More than all: an exec came between the two readings.
-    auto& process = watched.process;
     if (memory->resident > process.virtualBytes / 1024) watch.readStat(process);
-    return watched.measured = process.virtualBytes != 0;
+    return process.virtualBytes != 0 || lost(watched);
   }
 
   /// For a process whose pages may not be looked at.
   bool readSize(Watched& watched) {
     const auto text = watch.folder().read(watched.process.pid, "statm");
-    if (!text) return !meansGone(errno) && watched.measured;
-    const auto size = parseStatm(*text, pageSize);
-    if (!size || size->virtualSize == 0) return false;
+    if (!text && !meansGone(errno)) return watched.measuredAt.has_value();
+    const auto size = text ? parseStatm(*text, pageSize) : std::nullopt;
+    if (!size || size->virtualSize == 0) return lost(watched);
     noticeOnce("PSS and USS of some processes read 0: their /proc/PID/smaps_rollup cannot be read");
     watched.denied = true;
     watched.process.virtualBytes = size->virtualSize * 1024;
-    watched.memory = {.resident = size->resident, .proportional = 0, .unique = 0};
-    return watched.measured = true;
+    watched.keep({.resident = size->resident, .proportional = 0, .unique = 0});
+    return true;
+  }
+
+  /// What is known is not handed out once more.
+  static bool lost(Watched& watched) {
+    watched.measuredAt.reset();
+    return false;
   }
 };
 

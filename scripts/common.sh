@@ -16,7 +16,8 @@ declare -A packages=(
   [gcc]="g++-12"
   [arm64]="qemu-user"
   [packaging]="dpkg-dev file"
-  [bench]="mawk procps sysstat atop collectl smem"
+  [bench]="mawk"
+  [peers]="procps sysstat atop collectl smem"
   [plot]="gnuplot-nox"
   [lint]="clang-format-19 clang-tidy-19 shellcheck"
 )
