@@ -1,6 +1,6 @@
 # What is installed, and the two packages made of it: a .deb of the program, the library and what
 # is needed to build against it; a .tar.gz of the static program.
-install(TARGETS profiler_app)
+install(TARGETS profiler_app corvane_program)
 install(FILES docs/profiler_app.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES README.md LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN *.md)

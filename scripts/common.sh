@@ -11,7 +11,7 @@ export PYTHONDONTWRITEBYTECODE=1
 # The one list of packages, by what they are needed for.
 declare -A packages=(
   [build]="clang-19 libc++-19-dev libc++abi-19-dev lld-19 cmake ninja-build
-           googletest python3 python3-pytest"
+           libcli11-dev nlohmann-json3-dev zlib1g-dev googletest python3 python3-pytest"
   [sanitizers]="libclang-rt-19-dev"
   [gcc]="g++-12"
   [arm64]="qemu-user"

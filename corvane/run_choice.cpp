@@ -1,0 +1,18 @@
+#include "run_choice.h"
+
+#include "message.h"
+#include "run_files.h"
+
+std::filesystem::path chosenRun(const std::string& run) {
+  const std::filesystem::path folder =
+      run.empty() ? runs::newestRun("Results_corvane") : std::filesystem::path(run);
+  if (folder.empty()) {
+    message("there is no run below Results_corvane; name a run folder");
+  } else if (runs::listResultFiles(folder).empty()) {
+    std::error_code error;
+    const bool isFolder = std::filesystem::is_directory(folder, error);
+    message(folder.string() + (isFolder ? " holds no result files" : " is no folder"));
+    return {};
+  }
+  return folder;
+}
