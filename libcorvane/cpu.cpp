@@ -25,6 +25,41 @@ CpuTicks parseTicks(std::string_view fields) {
           .steal = steal};
 }
 
+/// Ticks between two readings.
+struct Passed {
+  std::uint64_t busy = 0, steal = 0, all = 0;
+
+  Passed& operator+=(const Passed& other) {
+    busy += other.busy;
+    steal += other.steal;
+    all += other.all;
+    return *this;
+  }
+};
+
+Passed passedBetween(const CpuTicks& before, const CpuTicks& now) {
+  const auto busy = advance(before.busy, now.busy);
+  const auto steal = advance(before.steal, now.steal);
+  const auto idle = advance(before.idle, now.idle) + advance(before.iowait, now.iowait);
+  return {.busy = busy, .steal = steal, .all = busy + steal + idle};
+}
+
+void setShare(const Passed& passed, CpuShare& share) {
+  if (passed.all == 0) return;
+  share = {.usage = 100.0 * double(passed.busy) / double(passed.all),
+           .steal = 100.0 * double(passed.steal) / double(passed.all)};
+}
+
+Passed updateShare(const CpuTicks& before, const CpuTicks& now, CpuShare& share) {
+  if (!before.online || !now.online) {
+    share = {};
+    return {};
+  }
+  const auto passed = passedBetween(before, now);
+  setShare(passed, share);
+  return passed;
+}
+
 }  // namespace
 
 void parseCpuTicks(std::string_view stat, std::vector<CpuTicks>& ticks) {
@@ -40,15 +75,19 @@ void parseCpuTicks(std::string_view stat, std::vector<CpuTicks>& ticks) {
   }
 }
 
-CpuShare cpuShare(const CpuTicks& before, const CpuTicks& now, const CpuShare& last) {
-  if (!before.online || !now.online) return {};
-  const auto busy = advance(before.busy, now.busy);
-  const auto steal = advance(before.steal, now.steal);
-  const auto passed =
-      busy + steal + advance(before.idle, now.idle) + advance(before.iowait, now.iowait);
-  if (passed == 0) return last;
-  return {.usage = 100.0 * double(busy) / double(passed),
-          .steal = 100.0 * double(steal) / double(passed)};
+void updateShares(const std::vector<CpuTicks>& before, const std::vector<CpuTicks>& now,
+                  std::vector<CpuShare>& shares) {
+  Passed all;
+  bool coresAreTold = false;
+  for (std::size_t i = 1; i < shares.size(); ++i) {
+    coresAreTold |= now[i].online;
+    all += updateShare(before[i], now[i], shares[i]);
+  }
+  if (coresAreTold) {
+    setShare(all, shares[0]);
+  } else {
+    updateShare(before[0], now[0], shares[0]);
+  }
 }
 
 std::size_t possibleCpus() {
@@ -102,8 +141,8 @@ double* CPU_MON::corvane_getPerCoreUsage() {
   auto& state = attached<State>(opaque_);
   state.period.wait();
   if (!state.read()) return state.usage.data();
+  updateShares(state.before, state.now, state.shares);
   for (std::size_t i = 0; i < state.shares.size(); ++i) {
-    state.shares[i] = cpuShare(state.before[i], state.now[i], state.shares[i]);
     state.usage[i] = state.shares[i].usage;
     state.steal[i] = state.shares[i].steal;
   }

@@ -23,9 +23,13 @@ struct CpuShare {
   double steal = 0;  ///< percent of the ticks that passed
 };
 
-/// What a core did between two readings. An offline core, and one that has just come back, did
-/// nothing; where no tick has passed, `last` stands.
-CpuShare cpuShare(const CpuTicks& before, const CpuTicks& now, const CpuShare& last);
+/// What every element of `before` and `now` did between the two readings; where no tick has passed
+/// for it, its share stands. An offline core, and one that has just come back, did nothing. All
+/// cores together are the sum of those that were online in both readings, since the kernel's own
+/// sum jumps when a core leaves and runs backwards when it returns; it stands in where the kernel
+/// tells no cores.
+void updateShares(const std::vector<CpuTicks>& before, const std::vector<CpuTicks>& now,
+                  std::vector<CpuShare>& shares);
 
 /// Number of cores that can ever be online.
 std::size_t possibleCpus();

@@ -1,6 +1,7 @@
 #include "names.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
@@ -23,15 +24,52 @@ std::size_t characterLength(std::string_view text) {
   return bad ? 0 : length;
 }
 
+/// The code point of a well-formed character.
+char32_t decoded(std::string_view character) {
+  constexpr unsigned firstByteBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+  auto point = char32_t(static_cast<unsigned char>(character[0]) & firstByteBits[character.size()]);
+  for (const char byte : character.substr(1))
+    point = point << 6 | (static_cast<unsigned char>(byte) & 0x3FU);
+  return point;
+}
+
+struct Range {
+  char32_t first, last;
+};
+
+/// Characters that end a line for some reader, steer a terminal, turn the direction of what
+/// follows, or cannot be seen: controls, blanks and what Unicode has shown as nothing by default.
+constexpr Range unseen[] = {
+    {0x0080, 0x00A0},   {0x00AD, 0x00AD}, {0x034F, 0x034F}, {0x061C, 0x061C},   {0x115F, 0x1160},
+    {0x1680, 0x1680},   {0x17B4, 0x17B5}, {0x180B, 0x180F}, {0x2000, 0x200F},   {0x2028, 0x202F},
+    {0x205F, 0x206F},   {0x2800, 0x2800}, {0x3000, 0x3000}, {0x3164, 0x3164},   {0xFE00, 0xFE0F},
+    {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0}, {0xFFF0, 0xFFFB}, {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A},
+    {0xE0000, 0xE0FFF},
+};
+
 /// Whether a character can neither end a line, for any reader, nor steer a terminal, nor break a
-/// field of the CSV or a string of the trace.
+/// field of the CSV or a string of the trace, nor hide.
 bool isHarmless(std::string_view character) {
   if (character.size() == 1) {
     const auto byte = static_cast<unsigned char>(character[0]);
     return byte >= 0x20 && byte != 0x7F && byte != '"' && byte != '\\' && byte != ',';
   }
-  const bool isControl = character >= "\xC2\x80" && character < "\xC2\xA0";  // as U+0085
-  return !isControl && character != "\u2028" && character != "\u2029";
+  const auto point = decoded(character);
+  const auto range = std::ranges::lower_bound(unseen, point, {}, &Range::last);
+  return range == std::end(unseen) || point < range->first;
+}
+
+bool isPlainWord(std::string_view text) {
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+  const auto isPlain = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9') || c == '_'; };
+  return !text.empty() && isLetter(text[0]) && std::ranges::all_of(text, isPlain);
+}
+
+/// Whether a spreadsheet would take the name for something to work out. The name of a login shell,
+/// as "-bash", is none.
+bool looksLikeFormula(std::string_view name) {
+  return name[0] == '=' || name[0] == '+' || name[0] == '@' ||
+         (name[0] == '-' && !isPlainWord(name.substr(1)));
 }
 
 }  // namespace
@@ -40,6 +78,10 @@ std::string safeName(std::string_view name, std::size_t longest) {
   if (name.empty()) return "_";
   std::string safe;
   safe.reserve(name.size());
+  if (looksLikeFormula(name)) {
+    safe = '_';
+    name.remove_prefix(1);
+  }
   while (!name.empty()) {
     const std::size_t length = characterLength(name);
     const auto character = name.substr(0, length);

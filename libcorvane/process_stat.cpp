@@ -15,6 +15,14 @@ std::string_view lastComponent(std::string_view path) {
   return name.empty() ? path : name;
 }
 
+/// The kernel adds to a worker's name what it does just now, or did last: "kworker/0:1-events". The
+/// name of a rescuer, "kworker/R-" and its queue, stays the same.
+std::string_view withoutWork(std::string_view comm) {
+  constexpr std::string_view worker = "kworker/";
+  if (!comm.starts_with(worker) || comm.substr(worker.size()).starts_with("R-")) return comm;
+  return comm.substr(0, comm.find_first_of("-+"));
+}
+
 }  // namespace
 
 std::optional<ProcessStat> parseProcessStat(std::string_view text) {
@@ -46,5 +54,5 @@ std::string processName(std::string_view cmdline, std::string_view comm) {
   // Processes that write over their arguments fill up the rest with blanks.
   name = name.substr(0, name.find_last_not_of(' ') + 1);
   if (name.starts_with('/')) name = lastComponent(name.substr(0, name.find(' ')));
-  return safeName(name.empty() ? comm : name, longestProcessName);
+  return safeName(name.empty() ? withoutWork(comm) : name, longestProcessName);
 }

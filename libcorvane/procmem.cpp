@@ -81,7 +81,8 @@ struct State {
   std::vector<Watched> known;
   const std::uint64_t pageSize = std::uint64_t(::sysconf(_SC_PAGESIZE));
 
-  std::vector<procMemStats> sample(const std::vector<int>& pids) {
+  /// `everyTime`: whoever is listed is measured anew, run or not.
+  std::vector<procMemStats> sample(const std::vector<int>& pids, bool everyTime) {
     std::vector<procMemStats> records;
     lookAtAll(pids);
     records.reserve(known.size());
@@ -91,7 +92,8 @@ struct State {
       if (!watched.statIsFresh() && !parentStands(watched.process)) {
         watch.readStat(watched.process);
       }
-      if (readMemory(watched)) records.push_back(toRecord(watched));
+      const bool stands = !everyTime && !watched.mustMeasure();
+      if (stands || readMemory(watched)) records.push_back(toRecord(watched));
     }
     return records;
   }
@@ -117,7 +119,6 @@ struct State {
 
   /// False where the process has ended or has lost its memory since the look.
   bool readMemory(Watched& watched) {
-    if (!watched.mustMeasure()) return true;
     if (watched.denied) return readSize(watched);
     auto& process = watched.process;
     const auto text = watch.folder().read(process.pid, "smaps_rollup");
@@ -163,12 +164,12 @@ PERPROCMEM_MON::~PERPROCMEM_MON() {
 
 std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats(std::vector<int> pids) {
   auto& state = attached<State>(opaque_);
-  return state.sample(state.watch.folder().only(pids));
+  return state.sample(state.watch.folder().only(pids), true);
 }
 
 std::vector<procMemStats> PERPROCMEM_MON::corvane_getPerProcessMemStats() {
   auto& state = attached<State>(opaque_);
-  return state.sample(state.watch.folder().all());
+  return state.sample(state.watch.folder().all(), false);
 }
 
 }  // namespace procmem

@@ -6,7 +6,8 @@ namespace cpu {
 ///
 /// Kernel source: `/proc/stat`. Usage is the share of the period's ticks in which a core was busy
 /// (user, nice, system, irq, softirq; not idle, iowait or steal); steal is the share that a
-/// hypervisor took. An offline core reads 0.
+/// hypervisor took. An offline core reads 0. All cores together are those that were online at both
+/// ends of the period.
 ///
 /// Not thread-safe: one object belongs to one thread. No method throws for a missing or
 /// unreadable kernel file; that is said once on standard error and the values are 0.

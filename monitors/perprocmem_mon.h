@@ -39,7 +39,8 @@ class __attribute__((visibility("default"))) PERPROCMEM_MON {
 
   /// One record for every process that is alive (of the list, each once). They do not wait, but
   /// the kernel walks the processes' pages for them: microseconds to milliseconds a process. Our
-  /// library asks at every call for who has run since the last, for others every two seconds.
+  /// library asks at every call for the list; of all processes for who has run since the last call,
+  /// for the others every two seconds.
   /// Empty: stop, nobody of the list is alive.
   std::vector<procMemStats> corvane_getPerProcessMemStats(std::vector<int> pids);
   std::vector<procMemStats> corvane_getPerProcessMemStats();
