@@ -1,10 +1,13 @@
 #include "attribute.h"
 
+#include <algorithm>
 #include <charconv>
 #include <utility>
 
 Attribute::Attribute(std::string path)
-    : path_(std::move(path)), file_(openKernelFile(path_.c_str())) {}
+    : path_(std::move(path)), file_(openKernelFile(path_.c_str())) {
+  if (!file_) path_.clear();
+}
 
 std::optional<std::string_view> Attribute::text() {
   if (path_.empty()) return std::nullopt;
@@ -25,4 +28,9 @@ std::optional<std::uint64_t> Attribute::number() {
   std::uint64_t value = 0;
   const auto result = std::from_chars(content->data(), content->data() + content->size(), value);
   return result.ec == std::errc{} ? std::optional(value) : std::nullopt;
+}
+
+std::optional<double> Attribute::percent() {
+  const auto value = number();
+  return value ? std::optional(std::min(double(*value), 100.0)) : std::nullopt;
 }

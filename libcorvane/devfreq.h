@@ -2,27 +2,30 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "attribute.h"
 
-/// The clock of a device as the kernel's frequency scaling shows it (`/sys/class/devfreq/*`),
-/// whoever made the device.
+/// Whether an entry of the kernel's frequency scaling, by its folder, is the wanted one.
+using DevfreqTest = std::function<bool(const std::string& folder)>;
+
+/// Folder of the entry (`/sys/class/devfreq/*`) that passes the first test; where none does, the
+/// second one decides, and so on. Empty where no entry passes any.
+std::string findDevfreq(std::initializer_list<DevfreqTest> tests);
+
+/// The clock of a device as the kernel's frequency scaling shows it, whoever made the device.
 class Devfreq {
  public:
-  /// The entry whose folder `isOfDevice` accepts, else the one whose name ends in the word `kind`
-  /// ("5000000.gpu"). One that only mentions the word ("cdsp-l3-lat") is the clock of something
-  /// else.
-  static Devfreq find(std::string_view kind,
-                      const std::function<bool(const std::string& folder)>& isOfDevice);
+  /// An empty folder stands for an entry that does not exist.
+  explicit Devfreq(const std::string& folder);
 
   bool exists() const { return frequency_.exists(); }
   bool hasLoad() const { return load_.exists(); }
   std::optional<std::uint64_t> hertz() { return frequency_.number(); }
-  /// Percent, where the driver states it.
-  std::optional<double> load();
+  /// Percent, where the governor states it.
+  std::optional<double> load() { return load_.percent(); }
 
  private:
   Attribute frequency_, load_;

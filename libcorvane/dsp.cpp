@@ -53,11 +53,17 @@ std::string findRemoteproc(std::string_view name) {
   return {};
 }
 
+/// The entry of the same device, else the one whose name ends in the processor's ("soc:cdsp"). One
+/// that only mentions it ("cdsp-l3-lat") is the clock of something else.
 Devfreq findClock(std::string_view name, const std::string& remoteproc) {
   const auto device = resolvedPath(remoteproc + "/device");
-  return Devfreq::find(name, [&](const std::string& folder) {
+  const auto isOfDevice = [&](const std::string& folder) {
     return !remoteproc.empty() && device && resolvedPath(folder + "/device") == device;
-  });
+  };
+  const auto isNamedAfterIt = [&](const std::string& folder) {
+    return std::string_view(folder).substr(folder.find_last_of("/.:,") + 1) == name;
+  };
+  return Devfreq(findDevfreq({isOfDevice, isNamedAfterIt}));
 }
 
 std::string nameOf(int slot) {
@@ -80,6 +86,9 @@ struct State {
         remoteproc(findRemoteproc(name)),
         clock(findClock(name, remoteproc)) {
     if (!remoteproc.empty()) state = Attribute(remoteproc + "/state");
+    if (clock.exists() && !clock.hasLoad()) {
+      noticeOnce("no " + name + " load: its entry in /sys/class/devfreq has none");
+    }
   }
 
   bool isThere() const { return !remoteproc.empty() || clock.exists(); }

@@ -1,6 +1,6 @@
-#include "devfreq.h"
 #include "gpu_card.h"
 #include "gpu_clients.h"
+#include "gpu_driver.h"
 #include "gpu_mon.h"
 #include "notice.h"
 #include "opaque.h"
@@ -9,64 +9,62 @@ namespace gpu {
 
 namespace {
 
-/// The entry whose device is a graphics device.
-Devfreq findClock() {
-  return Devfreq::find(
-      "gpu", [](const std::string& folder) { return !listFolder(folder + "/device/drm").empty(); });
+/// What is missing for the moment (a card that sleeps) is nothing done.
+float orNothing(std::optional<double> value) {
+  return float(value.value_or(0));
 }
 
 struct Sample {
-  double megahertz = 0, load = 0, busLoad = 0;
+  std::optional<double> megahertz, load, busLoad;
 };
 
 struct State {
   GpuCard card = GpuCard::find();
-  Devfreq devfreq = findClock();
+  // Looking through all classes is needless where the card states everything.
+  GpuDriver driver = card.hasLoad() && card.hasClock() ? GpuDriver() : GpuDriver::find();
   GpuClients clients;
   bool hasDrm = hasDrmDevice();
   Sample sample;
 
-  bool isThere() const { return hasDrm || devfreq.exists(); }
+  bool isThere() const { return hasDrm || driver.hasLoad() || driver.hasClock(); }
 
   /// Reading the clients costs most, so it is done only where nothing else knows the load.
-  bool needsClients() const { return hasDrm && !card.hasLoad() && !devfreq.hasLoad(); }
+  bool needsClients() const { return hasDrm && !card.hasLoad() && !driver.hasLoad(); }
 
   std::optional<double> load() {
     if (card.hasLoad()) return card.load();
-    if (devfreq.hasLoad()) return devfreq.load();
-    return needsClients() ? std::optional(clients.load()) : std::nullopt;
+    if (driver.hasLoad()) return driver.load();
+    return clients.countEngineTime() ? std::optional(clients.load()) : std::nullopt;
   }
 
   std::optional<double> megahertz() {
     if (card.hasClock()) return card.megahertz();
-    if (devfreq.exists()) {
-      const auto hertz = devfreq.hertz();
-      return hertz ? std::optional(double(*hertz) / 1e6) : std::nullopt;
-    }
-    return clients.megahertz();
+    return driver.hasClock() ? driver.megahertz() : clients.megahertz();
   }
 
+  /// Reads every attribute once: some count anew from each reading.
   void take() {
     if (needsClients()) clients.read();
-    // What is missing for the moment (a card that sleeps) is nothing done.
-    sample = {.megahertz = megahertz().value_or(0),
-              .load = load().value_or(0),
-              .busLoad = card.busLoad().value_or(0)};
+    sample = {.megahertz = megahertz(), .load = load(), .busLoad = card.busLoad()};
   }
 
-  void sayWhatIsMissing();
+  void sayWhatIsMissing() const;
 };
 
-void State::sayWhatIsMissing() {
+void State::sayWhatIsMissing() const {
   if (!isThere()) {
-    noticeOnce("no GPU: neither /sys/class/drm nor /sys/class/devfreq has one");
+    noticeOnce("no GPU: none of /sys/class/drm/{card*,renderD*}, " + GpuDriver::allPatterns());
     return;
   }
-  if (!megahertz()) noticeOnce("no GPU frequency so far: no card, devfreq or fdinfo states it");
-  if (needsClients() ? !clients.countEngineTime() : !load()) {
-    noticeOnce("no GPU utilization so far: no card, devfreq or fdinfo states it");
+  if (!sample.megahertz) {
+    noticeOnce("no GPU frequency so far: none of the clocks of /sys/class/drm/card*, " +
+               GpuDriver::clockPatterns() + " or DRM fdinfo");
   }
-  if (!card.hasBusLoad()) noticeOnce("no GPU bus load: the card has no mem_busy_percent");
+  if (!sample.load) {
+    noticeOnce("no GPU utilization so far: none of /sys/class/drm/card*/device/gpu_busy_percent, " +
+               GpuDriver::loadPatterns() + " or DRM fdinfo");
+  }
+  if (!card.hasBusLoad()) noticeOnce("no GPU bus load: no card has a mem_busy_percent");
   noticeOnce("no GPU bandwidths: no kernel interface counts them");
 }
 
@@ -96,15 +94,15 @@ int GPU_MON::corvane_getGPUSample() {
 }
 
 float GPU_MON::corvane_getGPUFrequency() {
-  return float(attached<State>(opaque_).sample.megahertz);
+  return orNothing(attached<State>(opaque_).sample.megahertz);
 }
 
 float GPU_MON::corvane_gpuBusBusy() {
-  return float(attached<State>(opaque_).sample.busLoad);
+  return orNothing(attached<State>(opaque_).sample.busLoad);
 }
 
 float GPU_MON::corvane_getGPUUtilization() {
-  return float(attached<State>(opaque_).sample.load);
+  return orNothing(attached<State>(opaque_).sample.load);
 }
 
 // Members all the same, so that a library that can count them fits the interface.

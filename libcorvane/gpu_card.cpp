@@ -55,11 +55,6 @@ GpuCard GpuCard::find() {
   return best;
 }
 
-std::optional<double> GpuCard::percent(Attribute& attribute) {
-  const auto value = attribute.number();
-  return value ? std::optional(std::min(double(*value), 100.0)) : std::nullopt;
-}
-
 std::optional<double> GpuCard::megahertz() {
   const auto value = clock_.number();
   return value ? std::optional(double(*value) * megahertzPerUnit_) : std::nullopt;

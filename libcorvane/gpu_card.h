@@ -16,13 +16,12 @@ class GpuCard {
   bool hasLoad() const { return busy_.exists(); }
   bool hasBusLoad() const { return memoryBusy_.exists(); }
   bool hasClock() const { return clock_.exists(); }
-  std::optional<double> load() { return percent(busy_); }
-  std::optional<double> busLoad() { return percent(memoryBusy_); }
+  std::optional<double> load() { return busy_.percent(); }
+  std::optional<double> busLoad() { return memoryBusy_.percent(); }
   std::optional<double> megahertz();
 
  private:
   explicit GpuCard(const std::string& folder);
-  static std::optional<double> percent(Attribute& attribute);
 
   Attribute busy_, memoryBusy_, clock_;
   double megahertzPerUnit_ = 1;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
@@ -55,7 +56,7 @@ std::string diskSample(diskio::DISK_MON& monitor, const Pids&) {
   std::string text;
   const auto* disks = monitor.corvane_getIOStats();
   EXPECT_EQ(monitor.corvane_getNumOfIOStats(), int(disks->size()));
-  EXPECT_EQ(lastSlotWaitedFor(), 8);
+  EXPECT_EQ(slotWaitedFor(), 8);
   for (const auto& disk : *disks)
     text += line(disk.name, disk.sectorsRead, disk.sectorsWritten);
   return text;
@@ -70,13 +71,18 @@ std::string netSample(net::NET_MON& monitor, const Pids&) {
   return text;
 }
 
+/// Led by the slot whose period was waited for.
 std::string dspSample(dsp::DSP_MON& monitor, const Pids&) {
-  if (monitor.corvane_getDSPSample() != 0) return "none\n";
-  return line(monitor.corvane_getDSPFrequency(), monitor.corvane_getDSPUtilization());
+  const bool sampled = monitor.corvane_getDSPSample() == 0;
+  const auto slot = std::to_string(slotWaitedFor()) + ":";
+  if (!sampled) return line(slot, "none");
+  return line(slot, monitor.corvane_getDSPFrequency(), monitor.corvane_getDSPUtilization());
 }
 
 std::string gpuSample(gpu::GPU_MON& monitor, const Pids&) {
-  EXPECT_EQ(monitor.corvane_getGPUHeaders().size(), 5);
+  EXPECT_THAT(monitor.corvane_getGPUHeaders(),
+              testing::ElementsAre("GPU Frequency(MHz)", "GPU Utilization(%)", "GPU Bus Busy(%)",
+                                   "GPU Read BW(MB/s)", "GPU Write BW(MB/s)"));
   const auto result = std::to_string(monitor.corvane_getGPUSample()) + ":";
   return line(result, monitor.corvane_getGPUFrequency(), monitor.corvane_getGPUUtilization(),
               monitor.corvane_gpuBusBusy(), monitor.corvane_getReadBandwidth(),
@@ -89,7 +95,7 @@ std::string processSample(process::PROCESS_MON& monitor, const Pids& pids) {
        pids.empty() ? monitor.corvane_getProcessStats() : monitor.corvane_getProcessStats(pids)) {
     text += line(p.pid, p.name, p.userTime, p.systemTime, p.totalTime, p.usage);
   }
-  EXPECT_EQ(lastSlotWaitedFor(), 7);
+  EXPECT_EQ(slotWaitedFor(), 7);
   return text;
 }
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sstream>
+#include <utility>
 
 #include "kernel_tree.h"
 #include "notice.h"
@@ -18,6 +19,19 @@ std::string withBytes(std::string line) {
   for (auto at = line.find("\\x"); at != line.npos; at = line.find("\\x", at + 1))
     line.replace(at, 4, 1, char(std::stoi(line.substr(at + 2, 2), nullptr, 16)));
   return line;
+}
+
+/// Read calls of this thread until now.
+std::uint64_t readCalls() {
+  std::ifstream counts("/proc/thread-self/io");
+  std::uint64_t calls = 0;
+  for (std::string name; counts >> name >> calls && name != "syscr:";) {
+  }
+  return calls;
+}
+
+std::uint64_t callsSince(std::uint64_t before) {
+  return readCalls() - before;
 }
 
 void change(const KernelTree& tree, const Scenario::Step& step) {
@@ -38,8 +52,8 @@ int scenarioWait(int slot) {
   return waitResult;
 }
 
-int lastSlotWaitedFor() {
-  return waitedSlot;
+int slotWaitedFor() {
+  return std::exchange(waitedSlot, -1);
 }
 
 Scenario::Scenario(const std::string& file) {
@@ -57,6 +71,7 @@ Scenario::Scenario(const std::string& file) {
 void Scenario::play(const std::function<Sampler(const Pids&)>& start) const {
   const KernelTree tree;
   Sampler sample;
+  std::uint64_t calls = 0;
   std::string remark;
   forgetNotices();
   testing::internal::CaptureStderr();
@@ -74,9 +89,15 @@ void Scenario::play(const std::function<Sampler(const Pids&)>& start) const {
     } else if (what == "errors") {
       EXPECT_EQ(testing::internal::GetCapturedStderr(), step.text) << about;
       testing::internal::CaptureStderr();
+    } else if (what == "reads") {
+      EXPECT_EQ(std::to_string(calls) + "\n", step.text) << about << remark;
     } else {
       waitResult = what == "stop" ? 0 : ETIMEDOUT;
-      EXPECT_EQ(sample(pids), step.text) << about << remark << ", step " << &step - steps.data();
+      const auto ownCalls = callsSince(readCalls());
+      const auto before = readCalls();
+      const auto text = sample(pids);
+      calls = callsSince(before) - ownCalls;
+      EXPECT_EQ(text, step.text) << about << remark << ", step " << &step - steps.data();
     }
   }
   testing::internal::GetCapturedStderr();

@@ -14,6 +14,7 @@
 ///     >>> start [PID...]        the monitor is made (for these processes), and told its period
 ///     >>> sample [PID...]       the next sample (of these processes); what it publishes follows
 ///     >>> stop                  the same, where the wait for the period's end says stop
+///     >>> reads                 how often the last sample has read a file follows
 ///     >>> errors                what standard error has held since the start follows
 ///
 /// A byte that text does not hold is written as \x and two digits.
@@ -36,4 +37,5 @@ struct Scenario {
 
 /// Stands for the program's wait: lets no time pass and says go on (110), except in a step "stop".
 int scenarioWait(int slot);
-int lastSlotWaitedFor();
+/// The slot that was waited for since the last call of this; -1: none.
+int slotWaitedFor();
