@@ -25,13 +25,15 @@ std::optional<MemoryLevel> levelOf(std::string_view unit) {
 }
 
 std::optional<Direction> directionOf(std::string_view event) {
+  std::optional<Direction> total;
   while (!event.empty()) {
     const auto word = event.substr(0, event.find_first_of("-_"));
     event.remove_prefix(std::min(event.size(), word.size() + 1));
     if (word == "read" || word == "reads" || word == "rd") return Direction::read;
     if (word == "write" || word == "writes" || word == "wr") return Direction::write;
+    if (word == "total") total = Direction::both;
   }
-  return std::nullopt;
+  return total;
 }
 
 MemoryBandwidths memoryBandwidths(const MemoryTraffic& bytes, std::chrono::nanoseconds passed) {
@@ -43,7 +45,7 @@ MemoryBandwidths memoryBandwidths(const MemoryTraffic& bytes, std::chrono::nanos
     };
     figures[3 * level] = rate(0);
     figures[3 * level + 1] = rate(1);
-    figures[3 * level + 2] = figures[3 * level] + figures[3 * level + 1];
+    figures[3 * level + 2] = figures[3 * level] + figures[3 * level + 1] + rate(2);
   }
   return figures;
 }
@@ -86,20 +88,29 @@ EventsByKind eventsAt(MemoryLevel level) {
   return events;
 }
 
-bool countsBothWays(const std::vector<TrafficEvent>& events) {
-  const auto counts = [&](Direction direction) {
-    return std::ranges::find(events, direction, &TrafficEvent::direction) != events.end();
-  };
-  return counts(Direction::read) && counts(Direction::write);
+bool counts(const std::vector<TrafficEvent>& events, Direction direction) {
+  return std::ranges::find(events, direction, &TrafficEvent::direction) != events.end();
 }
 
-/// Two kinds of unit at one level count the same traffic, so one kind has to do.
+/// Events for each way are worth most, then one for both ways together, then one for one way.
+int worthOf(const std::vector<TrafficEvent>& events) {
+  if (counts(events, Direction::read) && counts(events, Direction::write)) return 2;
+  return counts(events, Direction::both) ? 1 : 0;
+}
+
+/// Two kinds of unit at one level count the same traffic, so one kind has to do; and so do events
+/// for both ways together and for each.
 std::vector<TrafficEvent> chooseEvents(MemoryLevel level) {
   const auto kinds = eventsAt(level);
   const auto best =
-      std::ranges::find_if(kinds, [](const auto& kind) { return countsBothWays(kind.second); });
-  if (best != kinds.end()) return best->second;
-  return kinds.empty() ? std::vector<TrafficEvent>() : kinds.begin()->second;
+      std::ranges::max_element(kinds, {}, [](const auto& kind) { return worthOf(kind.second); });
+  if (best == kinds.end()) return {};
+  auto events = best->second;
+  const bool takesBoth = worthOf(events) == 1;
+  std::erase_if(events, [&](const TrafficEvent& event) {
+    return (event.direction == Direction::both) != takesBoth;
+  });
+  return events;
 }
 
 struct State {

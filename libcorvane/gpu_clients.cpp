@@ -42,11 +42,11 @@ void GpuClients::findDescriptors() {
 }
 
 void GpuClients::read() {
-  auto time = std::chrono::steady_clock::now();
+  auto time = clock_();
   if (time - lastSearch_ >= searchInterval) {
     findDescriptors();
     lastSearch_ = time;
-    time = std::chrono::steady_clock::now();
+    time = clock_();
   }
   before_.swap(now_);
   now_.clear();

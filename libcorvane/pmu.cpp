@@ -87,6 +87,12 @@ bool describe(const std::string& folder, PmuEvent& event) {
   return applyTerms(folder, *terms, event);
 }
 
+/// "read-bytes0" is a part of what "read-bytes" counts, where there is such an event.
+bool isPartOfAnother(const std::string& folder, const std::string& name) {
+  const auto whole = name.substr(0, name.find_last_not_of("0123456789") + 1);
+  return whole != name && readAttribute(folder + "/events/" + whole);
+}
+
 Descriptor openPerfCounter(const PmuEvent& event, int cpu) {
   perf_event_attr attributes{};
   attributes.size = sizeof attributes;
@@ -113,7 +119,7 @@ std::vector<PmuEvent> byteEvents(const std::string& unit) {
   auto cpus = parseCpuList(readAttribute(folder + "/cpumask").value_or(""));
   if (cpus.empty()) cpus.push_back(0);
   for (const auto& name : listFolder(folder + "/events")) {
-    if (name.find('.') != name.npos) continue;
+    if (name.find('.') != name.npos || isPartOfAnother(folder, name)) continue;
     PmuEvent event{.unit = unit, .name = name, .type = std::uint32_t(*type), .cpus = cpus};
     if (describe(folder, event)) events.push_back(event);
   }

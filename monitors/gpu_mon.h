@@ -9,9 +9,10 @@ namespace gpu {
 ///
 /// Kernel sources, the first that answers for each value: the DRM driver's attributes
 /// (`/sys/class/drm/card*/device/gpu_busy_percent`, `mem_busy_percent`, the clock attributes), the
-/// attributes that phones' drivers have below `/sys/class`, their platform device, `/sys/kernel/gpu`
-/// and `/sys/kernel/ged/hal`, devfreq (`/sys/class/devfreq/*`), DRM fdinfo (`/proc/PID/fdinfo/*`,
-/// engine times). A value without a source is 0, said once on standard error.
+/// attributes that phones' drivers have below `/sys/class`, their platform device,
+/// `/sys/kernel/gpu` and `/sys/kernel/ged/hal`, devfreq (`/sys/class/devfreq/*`), DRM fdinfo
+/// (`/proc/PID/fdinfo/*`, engine times). A value without a source is 0, said once on standard
+/// error.
 ///
 /// Not thread-safe: one object belongs to one thread.
 class __attribute__((visibility("default"))) GPU_MON {

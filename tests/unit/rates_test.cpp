@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 
 #include "ddr.h"
+#include "gpu_clients.h"
+#include "gpu_driver.h"
 #include "gpu_fdinfo.h"
+#include "kernel_tree.h"
 #include "process.h"
 
 using namespace std::chrono_literals;
@@ -24,8 +27,8 @@ TEST(Rates, ProcessUsageIsTheShareOfTheTimeUpToAllCores) {
 }
 
 TEST(Rates, MemoryBandwidthIsInMegabytesASecond) {
-  const MemoryTraffic bytes{{{0x1p20, 0x1p21}, {0x1p30, 0}}};
-  EXPECT_THAT(memoryBandwidths(bytes, 500ms), testing::ElementsAre(2, 4, 6, 2048, 0, 2048));
+  const MemoryTraffic bytes{{{0x1p20, 0x1p21, 0}, {0x1p30, 0, 0x1p20}}};
+  EXPECT_THAT(memoryBandwidths(bytes, 500ms), testing::ElementsAre(2, 4, 6, 2048, 0, 2050));
 }
 
 TEST(Rates, EngineTimeIsOverAllEnginesOfItsKind) {
@@ -34,6 +37,44 @@ TEST(Rates, EngineTimeIsOverAllEnginesOfItsKind) {
   addClient(before, client + "70 ns\n");
   addClient(now, client + "6000070 ns\ndrm-engine-render: 9000000 ns\n");
   EXPECT_DOUBLE_EQ(engineLoad(before, now, 10ms), 30);
+}
+
+SteadyTime clientsTime{100s};
+
+TEST(Rates, ClientsOfAGpuAreTimedAndLookedForEveryFiveSeconds) {
+  const KernelTree tree;
+  const auto use = [&](const std::string& process, int milliseconds) {
+    tree.write("/proc/" + process + "/fdinfo/3", "drm-client-id: " + process + "\ndrm-engine-x: " +
+                                                     std::to_string(milliseconds) + "000000 ns\n");
+  };
+  GpuClients clients([] { return clientsTime; });
+  const auto loadAfter = [&](auto passed) {
+    clientsTime += passed;
+    clients.read();
+    return clients.load();
+  };
+  tree.link("/proc/1/fd/3", "/dev/dri/card0");
+  use("1", 0);
+  clients.read();
+  tree.link("/proc/2/fd/3", "/dev/dri/card0");
+  use("1", 1000);
+  use("2", 0);
+  EXPECT_DOUBLE_EQ(loadAfter(4s), 25);
+  EXPECT_DOUBLE_EQ(loadAfter(0s), 25);
+  use("2", 100);
+  EXPECT_DOUBLE_EQ(loadAfter(1s), 0);
+  use("1", 1100);
+  use("2", 300);
+  EXPECT_DOUBLE_EQ(loadAfter(1s), 30);
+}
+
+TEST(Rates, AGpuIsKnownByItsNameAndNotWhatFeedsIt) {
+  for (const auto* name :
+       {"5000000.gpu", "gpufreq", "mali.0", "1.g3d", "pvrsrvkm", "2.sgx", "dfrgx"})
+    EXPECT_TRUE(isGpuName(name)) << name;
+  for (const auto* name : {"soc:gpubw", "1000.gpu-bus", "gpu-memlat", "gpu-llcc", "3.gpu_ddr",
+                           "gpu-noc", "malidp-bus", "10.video", "soc:cdsp"})
+    EXPECT_FALSE(isGpuName(name)) << name;
 }
 
 }  // namespace
