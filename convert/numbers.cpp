@@ -119,6 +119,16 @@ std::optional<float> toFloat(std::string_view field) {
   return toFloat(parseDecimal(field), field);
 }
 
+std::optional<double> toDouble(std::string_view field) {
+  if (const auto plain = parseDecimal(field)) return valueOf(*plain);
+  if (!mayBeginNumber(field)) return std::nullopt;
+  const std::string text(field);
+  char* end = nullptr;
+  const double value = std::strtod(text.c_str(), &end);
+  if (end != text.c_str() + text.size()) return std::nullopt;
+  return value;
+}
+
 float toSample(std::string_view field) {
   if (const auto plain = parseDecimal(field)) return float(valueOf(*plain));
   if (!mayBeginNumber(field)) return 0;

@@ -10,6 +10,9 @@
 /// What std::stof makes of the field; nothing where that throws.
 std::optional<float> toFloat(std::string_view field);
 
+/// What strtod makes of the whole field; nothing where it is no number.
+std::optional<double> toDouble(std::string_view field);
+
 /// What atof makes of the field (0 where it is no number), narrowed.
 float toSample(std::string_view field);
 

@@ -1,0 +1,67 @@
+#include "moments.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace runs {
+
+namespace {
+
+void addUse(std::vector<Moments::Use>& stretch, Moments::Use use) {
+  const auto same = std::ranges::find_if(stretch, [&](const Moments::Use& there) {
+    return there.pid == use.pid && there.name == use.name;
+  });
+  if (same == stretch.end()) {
+    stretch.push_back(std::move(use));
+  } else {
+    same->cpuSeconds += use.cpuSeconds;
+  }
+}
+
+void keepMost(std::vector<Moments::Use>& stretch) {
+  std::ranges::stable_sort(stretch, std::greater{}, &Moments::Use::cpuSeconds);
+  if (stretch.size() > Moments::kept) stretch.resize(Moments::kept);
+}
+
+}  // namespace
+
+void Moments::candidate(const Candidate& process) {
+  if (process.cpuSeconds <= 0) return;
+  if (sample_.size() == kept) {
+    if (process.cpuSeconds <= sample_.back().cpuSeconds) return;
+    sample_.pop_back();
+  }
+  const auto behind =
+      std::ranges::upper_bound(sample_, process.cpuSeconds, std::greater{}, &Candidate::cpuSeconds);
+  sample_.insert(behind, process);
+}
+
+void Moments::endSample(double time) {
+  const auto microseconds = std::int64_t(std::clamp(time, 0.0, 1e12) * 1e6 + 0.5);
+  if (stretches_.empty()) first_ = microseconds >> shift_;
+  while ((microseconds >> shift_) - first_ >= std::int64_t(capacity))
+    halve();
+  const auto place = std::size_t(std::max<std::int64_t>(0, (microseconds >> shift_) - first_));
+  if (place >= stretches_.size()) stretches_.resize(place + 1);
+  for (const auto& process : sample_)
+    addUse(stretches_[place], {process.pid, std::string(process.name), process.cpuSeconds});
+  keepMost(stretches_[place]);
+  sample_.clear();
+}
+
+/// Doubles the width.
+void Moments::halve() {
+  const bool odd = (first_ & 1) != 0;
+  std::vector<std::vector<Use>> wider((stretches_.size() + (odd ? 2 : 1)) / 2);
+  for (std::size_t i = 0; i < stretches_.size(); ++i) {
+    auto& to = wider[(i + (odd ? 1 : 0)) / 2];
+    for (auto& use : stretches_[i])
+      addUse(to, std::move(use));
+  }
+  std::ranges::for_each(wider, keepMost);
+  stretches_ = std::move(wider);
+  first_ >>= 1;
+  ++shift_;
+}
+
+}  // namespace runs

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace runs {
+
+/// Which processes used the processors when: the few with most processor time in each stretch of
+/// the run, kept for it whether or not they belong to the first of the whole run. Stretches double
+/// their width when they become too many, as an envelope's buckets do.
+class Moments {
+ public:
+  static constexpr std::size_t capacity = 1024;
+  /// Of a sample's processes those with most use, and of a stretch's.
+  static constexpr std::size_t kept = 8;
+
+  struct Use {
+    int pid;
+    std::string name;
+    double cpuSeconds;  // in the stretch
+  };
+  /// What a sample says of one process.
+  struct Candidate {
+    int pid;
+    std::string_view name;
+    double cpuSeconds;
+  };
+
+  /// A process of the sample that is being read.
+  void candidate(const Candidate& process);
+  /// The end of the sample, which is not earlier than the one before.
+  void endSample(double time);
+
+  double stretchSeconds() const { return double(std::int64_t{1} << shift_) / 1e6; }
+  double firstStretch() const { return double(first_ << shift_) / 1e6; }
+  /// Most use first; empty where there is no sample or nothing ran.
+  const std::vector<std::vector<Use>>& stretches() const { return stretches_; }
+
+ private:
+  void halve();
+
+  unsigned shift_ = 0;
+  std::int64_t first_ = 0;
+  std::vector<Candidate> sample_;
+  std::vector<std::vector<Use>> stretches_;
+};
+
+}  // namespace runs

@@ -1,0 +1,65 @@
+#include "name_table.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace runs {
+
+NameTable::Entry& NameTable::enter(const std::string& name) {
+  auto& entry = entries_[name];
+  if (entry == nullptr) {
+    entry = std::make_unique<Entry>();
+    entry->sum.name = name;
+    entry->sum.processes = 0;
+  } else if (entry->living == 0) {
+    --ended_;
+  }
+  ++entry->living;
+  return *entry;
+}
+
+void NameTable::leave(Entry& entry) {
+  if (--entry.living != 0) return;
+  ++ended_;
+  if (ended_ > mostEnded) prune();
+}
+
+void NameTable::addEnded(Entry& entry, const Process& process) {
+  auto& sum = entry.sum;
+  sum.first = sum.processes == 0 ? process.first : std::min(sum.first, process.first);
+  sum.last = std::max(sum.last, process.last);
+  sum.cpuSeconds += process.cpuSeconds;
+  sum.alive = sum.alive || process.alive;
+  ++sum.processes;
+}
+
+void NameTable::prune() {
+  std::vector<Entry*> ended;
+  for (const auto& [name, entry] : entries_) {
+    if (entry->living == 0) ended.push_back(entry.get());
+  }
+  const auto cpu = [](const Entry* entry) { return entry->sum.cpuSeconds; };
+  const auto peak = [](const Entry* entry) { return entry->sum.pss.peak; };
+  constexpr auto keep = std::ptrdiff_t(mostEnded / 4);
+  std::ranges::nth_element(ended, ended.begin() + keep, std::greater{}, cpu);
+  std::ranges::nth_element(ended.begin() + keep, ended.begin() + 2 * keep, ended.end(),
+                           std::greater{}, peak);
+  for (auto at = ended.begin() + 2 * keep; at != ended.end(); ++at)
+    entries_.erase(std::string((*at)->sum.name));
+  dropped_ += ended.size() - std::size_t(2 * keep);
+  ended_ = std::size_t(2 * keep);
+}
+
+std::vector<Process> NameTable::take() {
+  std::vector<Process> names;
+  for (auto& [name, entry] : entries_) {
+    if (entry->sum.processes != 0) names.push_back(std::move(entry->sum));
+  }
+  entries_.clear();
+  std::ranges::sort(names, [](const Process& a, const Process& b) {
+    return a.cpuSeconds != b.cpuSeconds ? a.cpuSeconds > b.cpuSeconds : a.name < b.name;
+  });
+  return names;
+}
+
+}  // namespace runs

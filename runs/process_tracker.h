@@ -1,0 +1,70 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "moments.h"
+#include "name_table.h"
+#include "process_table.h"
+#include "processes.h"
+#include "run_reader.h"
+
+namespace runs {
+
+/// Follows the processes through the rows of the two sources that list them, from their first
+/// sample to their last one.
+class ProcessTracker {
+ public:
+  ProcessTracker(const Selection& selection, bool envelopes, bool moments)
+      : selection_(selection), envelopes_(envelopes), followMoments_(moments) {}
+
+  void beginSample(const Sample& sample);
+  void row(const Sample& sample, const Fields& fields);
+  void endSample(const Sample& sample);
+
+  /// What was found, once all is read: processes and names with most processor time first.
+  void finish();
+  std::vector<Process> processes;
+  std::vector<Process> names;
+  std::uint64_t count = 0;
+  std::uint64_t namesDropped = 0;
+  Moments moments;
+
+ private:
+  struct Entry {
+    Process process;
+    NameTable::Entry* name = nullptr;       // null: not meant
+    std::array<std::uint64_t, 2> sample{};  // the last one that had it, per listing; 0: none
+    double totalAtFirst = 0, total = 0;     // processor seconds since its start
+  };
+  using Table = ProcessTable<Entry>;
+  /// One of the two sources.
+  struct Listing {
+    Table::Order order;
+    std::uint64_t sample = 0;  // the number of the one that is being read, from 1
+    double time = 0, before = 0;
+    std::size_t cpuField = 0, totalField = 0, pssField = 0;  // 0: none
+    std::vector<NameTable::Entry*> names;                    // of this sample
+  };
+
+  static std::size_t listingOf(const Sample& sample) {
+    return sample.source->word == "proc" ? 0 : 1;
+  }
+  bool isSame(const Entry& entry, std::size_t which, const Fields& fields,
+              std::size_t nameField) const;
+  Table::Index enter(int pid, std::string_view name, double time);
+  void setName(Entry& entry, std::string_view name);
+  void retire(Table::Index index);
+  void takeCpu(Entry& entry, Listing& listing, const Sample& sample, const Fields& fields);
+  void takePss(Entry& entry, Listing& listing, const Sample& sample, const Fields& fields);
+  static void addToName(Entry& entry, Listing& listing, std::size_t which, double value);
+  void sumNames(Listing& listing, std::size_t which);
+
+  const Selection& selection_;
+  bool envelopes_, followMoments_;
+  Table table_;
+  std::array<Listing, 2> listings_;
+  NameTable nameTable_;
+};
+
+}  // namespace runs
