@@ -82,13 +82,13 @@ void waitForCollectors() {
 void convertResults() {
   if (jsonFile) {
     say("Starting JSON conversion\n");
-    jsonConvert(logFolder);
+    jsonConvert(runFolder());
   }
   if (csvFile) {
     say("Starting CSV conversion\n");
-    csvConvert(logFolder);
+    csvConvert(runFolder());
   }
-  getSummary(logFolder);
+  getSummary(runFolder());
 }
 
 }  // namespace

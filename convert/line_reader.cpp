@@ -2,14 +2,17 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-LineReader::LineReader(const std::string& path, std::size_t bufferSize)
-    : descriptor_(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)), buffer_(bufferSize) {
+#include "print_line.h"
+
+LineReader::LineReader(const FilePath& file, std::size_t bufferSize)
+    : path_(file.path), descriptor_(openToRead(file)), buffer_(bufferSize) {
+  const int error = errno;
   struct stat info{};
-  isDevice_ = isOpen() && fstat(descriptor_, &info) == 0 && S_ISCHR(info.st_mode);
+  ended_ = !isOpen() || fstat(descriptor_, &info) != 0 || !S_ISREG(info.st_mode);
+  if (!isOpen() && isRefusal(error)) warnOf(path_ + " is not read: " + openingFault(error));
 }
 
 LineReader::~LineReader() {
@@ -37,9 +40,10 @@ bool LineReader::next(std::string_view& line) {
   return unterminated_;
 }
 
-/// Adds to what is left in the buffer, which it moves to the front; false at the end of the file.
+/// Adds to what is left in the buffer, which it moves to the front; false at the end of the file,
+/// and then for good.
 bool LineReader::fill() {
-  if (isDevice_) return false;
+  if (ended_) return false;
   end_ -= begin_;
   std::memmove(buffer_.data(), buffer_.data() + begin_, end_);
   begin_ = 0;
@@ -48,7 +52,11 @@ bool LineReader::fill() {
   do {
     count = read(descriptor_, buffer_.data() + end_, buffer_.size() - end_);
   } while (count < 0 && errno == EINTR);
-  if (count <= 0) return false;
-  end_ += std::size_t(count);
-  return true;
+  ended_ = count <= 0;
+  if (count < 0) {
+    warnOf(path_ + " cannot be read to its end: " + std::strerror(errno));
+    end_ = 0;  // the start of a line is no line
+  }
+  end_ += std::size_t(std::max(count, ssize_t{0}));
+  return !ended_;
 }

@@ -5,14 +5,16 @@
 #include <string_view>
 #include <vector>
 
+#include "folder.h"
+
 /// Reads a file line by line through a buffer that grows only for a line longer than itself. What
-/// cannot be read is taken for the end of the file, a folder for an empty file, and so is a
-/// character device: some never end.
+/// is no regular file reads as an empty one: some never end. Where the file cannot be read on, it
+/// ends with the last line that is whole, said on standard error.
 class LineReader {
  public:
   static constexpr std::size_t usualBuffer = 128UL << 10U;
 
-  explicit LineReader(const std::string& path, std::size_t bufferSize = usualBuffer);
+  explicit LineReader(const FilePath& file, std::size_t bufferSize = usualBuffer);
   ~LineReader();
   LineReader(const LineReader&) = delete;
   LineReader& operator=(const LineReader&) = delete;
@@ -26,8 +28,9 @@ class LineReader {
  private:
   bool fill();
 
+  std::string path_;
   int descriptor_ = -1;
-  bool isDevice_ = false;
+  bool ended_ = false;  // nothing more is read
   bool unterminated_ = false;
   std::vector<char> buffer_;
   std::size_t begin_ = 0, end_ = 0;  // what is in the buffer and not yet given out

@@ -2,31 +2,39 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
-#include <iostream>
 #include <unistd.h>
+
+#include "print_line.h"
 
 namespace {
 
 constexpr std::size_t bufferSize = 128UL << 10U;
+const std::string incomplete = "; it is incomplete";
 
 }  // namespace
 
-void OutputFile::open(const std::string& path) {
+void OutputFile::open(const FilePath& file) {
   flush();
   failed_ = true;
   if (descriptor_ >= 0) return;
-  // A fifo that nobody reads fails instead of waiting for a reader.
-  constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK;
-  descriptor_ = ::open(path.c_str(), flags, 0666);
-  failed_ = descriptor_ < 0;
-  path_ = path;
+  descriptor_ = openToWrite(file);
+  failed_ = false;
+  path_ = file.path;
+  if (descriptor_ < 0) fail(" cannot be opened: ", openingFault(errno));
 }
 
 void OutputFile::close() {
   flush();
-  if (descriptor_ < 0 || ::close(descriptor_) != 0) failed_ = true;
-  descriptor_ = -1;
+  const int descriptor = std::exchange(descriptor_, -1);
+  if (descriptor < 0) {
+    failed_ = true;
+  } else if (::close(descriptor) != 0) {
+    fail(" cannot be written: ", std::strerror(errno) + incomplete);
+  }
+}
+
+void OutputFile::fail(const char* what, const std::string& reason) {
+  if (!std::exchange(failed_, true)) warnOf(path_ + what + reason);
 }
 
 void OutputFile::flush() {
@@ -46,9 +54,7 @@ void OutputFile::writeOut(std::string_view text) {
     if (count > 0) {
       text.remove_prefix(std::size_t(count));
     } else if (count == 0 || errno != EINTR) {
-      failed_ = true;
-      std::cerr << "corvane: " + path_ + " cannot be written: " + std::strerror(errno) +
-                       "; it is incomplete\n";
+      fail(" cannot be written: ", std::strerror(errno) + incomplete);
       return;
     }
   }

@@ -6,8 +6,10 @@
 #include <string_view>
 #include <vector>
 
+#include "folder.h"
+
 /// A file that is written through a buffer, with the states of an output stream: what is put into
-/// it while it is not open or has failed is lost. A failed write is told once on standard error.
+/// it while it is not open or has failed is lost. What fails is told once on standard error.
 class OutputFile {
  public:
   OutputFile() = default;
@@ -17,7 +19,7 @@ class OutputFile {
 
   /// Makes or truncates the file. Fails where it cannot, and where a file is open already; a
   /// success ends an earlier failure.
-  void open(const std::string& path);
+  void open(const FilePath& file);
   void close();
   /// Hands what the buffer holds to the system.
   void flush();
@@ -44,6 +46,7 @@ class OutputFile {
   }
   void makeRoom(std::size_t count);
   void writeOut(std::string_view text);
+  void fail(const char* what, const std::string& reason);
 
   int descriptor_ = -1;
   bool failed_ = false;

@@ -21,9 +21,9 @@ inline constexpr Reading summaryReading{};
 /// without fields).
 class ResultRows {
  public:
-  ResultRows(const std::string& path, Reading reading,
+  ResultRows(const FilePath& file, Reading reading,
              std::size_t bufferSize = LineReader::usualBuffer)
-      : lines_(path, bufferSize), reading_(reading) {}
+      : lines_(file, bufferSize), reading_(reading) {}
 
   bool isOpen() const { return lines_.isOpen(); }
   /// Goes to the next row; false when there is none. Tells of empty lines on standard output.

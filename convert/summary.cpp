@@ -12,29 +12,29 @@ std::vector<std::vector<Summary>> summaryTable;
 std::vector<Summary> cpuSummaries, gpuSummaries, adspSummaries, cdspSummaries, ddrSummaries,
     memSummaries, diskioSummaries;
 
-int getSummary(std::string directory) {
-  printLine("Directory to be parsed = " + directory);
+int getSummary(const Folder& directory) {
+  printLine("Directory to be parsed = " + directory.path());
   parseSummaryFiles(listRunFolder(directory));
   printSummary();
   return 0;
 }
 
-int parseSummaryFiles(std::vector<std::string> paths) {
-  for (const auto& path : paths) {
-    if (!isResultFile(path)) continue;
-    printLine("Processing File : " + path);
+int parseSummaryFiles(const std::vector<FilePath>& files) {
+  for (const auto& file : files) {
+    if (!isResultFile(file.path)) continue;
+    printLine("Processing File : " + file.path);
     for (const auto& kind : allKinds) {
-      if (kind.summaries == nullptr || !isFileOf(kind, path)) continue;
+      if (kind.summaries == nullptr || !isFileOf(kind, file.path)) continue;
       printLine(announcement(kind));
-      generateSummary(path, kind.id);
+      generateSummary(file, kind.id);
     }
   }
   return 0;
 }
 
-void generateSummary(std::string path, SYSIP kind) {
-  printLine("In generate Summary : Processing : " + path);
-  ResultRows rows(path, summaryReading);
+void generateSummary(const FilePath& file, SYSIP kind) {
+  printLine("In generate Summary : Processing : " + file.path);
+  ResultRows rows(file, summaryReading);
   if (!rows.isOpen()) {
     printLine("No such file.");
     return;

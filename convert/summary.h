@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "folder.h"
 #include "sysip.h"
 
 /// One row of the table: a series of samples.
@@ -19,14 +20,14 @@ extern std::vector<Summary> cpuSummaries, gpuSummaries, adspSummaries, cdspSumma
     memSummaries, diskioSummaries;
 
 /// Summarises the result files of a run folder (no "/" at its end) and prints the table. Always 0.
-int getSummary(std::string directory);
+int getSummary(const Folder& directory);
 
-/// Summarises those of `paths` that are result files of a summarised kind. Always 0.
-int parseSummaryFiles(std::vector<std::string> paths);
+/// Summarises those of `files` that are result files of a summarised kind. Always 0.
+int parseSummaryFiles(const std::vector<FilePath>& files);
 
 /// Adds a result file's rows to the list of its kind, and a copy of that list to the table. Throws
 /// std::out_of_range where a row does not fit the header.
-void generateSummary(std::string path, SYSIP kind);
+void generateSummary(const FilePath& file, SYSIP kind);
 
 /// Prints the table; leaves std::cout in fixed notation with two decimals.
 void printSummary();

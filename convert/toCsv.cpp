@@ -32,26 +32,26 @@ void putRow(const Fields& fields) {
 
 }  // namespace
 
-int csvConvert(std::string directory) {
-  printLine("Directory to be parsed = " + directory);
+int csvConvert(const Folder& directory) {
+  printLine("Directory to be parsed = " + directory.path());
   parseFilesCsv(listRunFolder(directory));
   return 0;
 }
 
-int parseFilesCsv(std::vector<std::string> paths) {
-  for (const auto& path : paths) {
-    if (!isResultFile(path)) continue;
-    printLine("Processing File: " + path);
-    generateCSV(path);
+int parseFilesCsv(const std::vector<FilePath>& files) {
+  for (const auto& file : files) {
+    if (!isResultFile(file.path)) continue;
+    printLine("Processing File: " + file.path);
+    generateCSV(file);
     csvStream.close();
   }
   return 0;
 }
 
-int generateCSV(std::string path) {
-  csvStream.open(path.substr(0, path.size() - 4) + ".csv");
-  printLine("In generate CSV : Processing : " + path);
-  ResultRows rows(path, csvReading);
+int generateCSV(const FilePath& file) {
+  csvStream.open({file.path.substr(0, file.path.size() - 4) + ".csv", file.in});
+  printLine("In generate CSV : Processing : " + file.path);
+  ResultRows rows(file, csvReading);
   if (!rows.isOpen()) {
     printLine("No such file.");
     return -1;

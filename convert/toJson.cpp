@@ -26,10 +26,10 @@ void putEvents(const Kind& kind, const std::vector<std::string>& header, ResultR
 
 }  // namespace
 
-int jsonConvert(std::string dir) {
-  printLine("Directory to be parsed = " + dir);
-  const auto path = dir + "/ProfilerOutput.json";
-  trace.open(path);
+int jsonConvert(const Folder& dir) {
+  printLine("Directory to be parsed = " + dir.path());
+  const auto path = dir.path() + "/ProfilerOutput.json";
+  trace.open({path, &dir});
   if (trace.hasFailed()) {
     std::cerr << "open file '" + path + "' failed!\n";
     return -1;
@@ -44,13 +44,13 @@ int jsonConvert(std::string dir) {
   return 0;
 }
 
-int parseFiles(std::vector<std::string> files) {
+int parseFiles(const std::vector<FilePath>& files) {
   trace.put("{\"displayTimeUnit\": \"ns\",\n \"traceEvents\": [");
   for (const auto& file : files) {
-    if (!isResultFile(file)) continue;
-    printLine("Processing File : " + file);
+    if (!isResultFile(file.path)) continue;
+    printLine("Processing File : " + file.path);
     for (const auto& kind : allKinds) {
-      if (!isFileOf(kind, file)) continue;
+      if (!isFileOf(kind, file.path)) continue;
       printLine(announcement(kind));
       generateJson(file, kind.id);
     }
@@ -59,8 +59,8 @@ int parseFiles(std::vector<std::string> files) {
   return 0;
 }
 
-int generateJson(std::string file, SYSIP kind) {
-  printLine("In generate JSON : Processing : " + file);
+int generateJson(const FilePath& file, SYSIP kind) {
+  printLine("In generate JSON : Processing : " + file.path);
   ResultRows rows(file, traceReading);
   if (!rows.isOpen()) {
     printLine("No such file.");

@@ -6,17 +6,19 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "console.h"
 #include "end_process.h"
+#include "result_folder.h"
 #include "run_parameters.h"
 
 ResultFile::ResultFile(std::string_view prefix)
     : path_(logFolder + "/" + std::string(prefix) + filename + ".txt"),
-      fd_(::open(path_.c_str(), O_WRONLY | O_NONBLOCK | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {}
+      fd_(openToWrite({path_, &runFolder()})) {
+  if (fd_ < 0 && isRefusal(errno)) warn(path_ + " is not written: " + openingFault(errno));
+}
 
 ResultFile::~ResultFile() {
   if (fd_ < 0) return;

@@ -17,7 +17,8 @@ struct Column {
 /// that is longer than its width is written whole. What is added becomes visible with flush().
 class ResultFile {
  public:
-  /// Creates or truncates run folder + "/" + `prefix` + suffix + ".txt".
+  /// Creates or truncates run folder + "/" + `prefix` + suffix + ".txt", which must be a regular
+  /// file with one name: a refusal is said on standard error.
   explicit ResultFile(std::string_view prefix);
   ~ResultFile();
   ResultFile(const ResultFile&) = delete;

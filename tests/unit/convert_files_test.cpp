@@ -1,13 +1,16 @@
 // Which files are converted, and what happens where one cannot be, or is malformed.
 
+#include <fcntl.h>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "printed_by.h"
+#include "result_rows.h"
 #include "scratch_folder.h"
 #include "splitline.h"
 #include "summary.h"
@@ -130,21 +133,59 @@ TEST_F(ResultFile, CanHaveLinesLongerThanTheBuffer) {
 }
 
 TEST_F(ResultFile, WhoseCsvCannotBeWrittenDoesNotStopTheOthers) {
+  const auto victim = folder.write("victim", "whole\n");
   std::filesystem::create_directory(folder.path("a.csv"));
-  std::filesystem::create_symlink("/dev/full", folder.path("b.csv"));
-  ASSERT_EQ(mkfifo(folder.path("d.csv").c_str(), 0600), 0);  // nobody reads it
-  std::filesystem::create_directory(folder.path("e.txt"));   // reads as an empty file
-  std::filesystem::create_symlink("/dev/zero", folder.path("f.txt"));
-  const auto full = folder.write("b.txt", "2\n" + std::string(300000, 'x') + "\n\n");
+  std::filesystem::create_symlink(victim, folder.path("b.csv"));
+  std::filesystem::create_hard_link(victim, folder.path("c.csv"));
+  std::filesystem::create_symlink("/dev/full", folder.path("d.csv"));
+  ASSERT_EQ(mkfifo(folder.path("e.csv").c_str(), 0600), 0);  // nobody reads it
+  std::vector<FilePath> files;
+  for (const auto* name : {"a.txt", "b.txt", "c.txt", "d.txt", "e.txt", "f.txt"})
+    files.emplace_back(folder.write(name, "\n4\n"));
+  const auto console = printedBy([&] { parseFilesCsv(files); });
+  EXPECT_THAT(console.out, testing::HasSubstr(folder.path("e.txt\nFound an empty line\n")));
+  std::string expected;
+  for (const std::string fault :
+       {"a.csv cannot be opened: Is a directory",
+        "b.csv cannot be opened: it is a link, which is not followed here",
+        "c.csv cannot be opened: it has other names, too (hard links)",
+        "d.csv cannot be opened: it is a link, which is not followed here",
+        "e.csv cannot be opened: No such device or address"})
+    expected += "corvane: " + folder.path(fault) + "\n";
+  EXPECT_EQ(console.err, expected);
+  EXPECT_EQ(folder.read("victim") + folder.read("f.csv"), "whole\n4.00\n");
+}
+
+TEST_F(ResultFile, ThatIsNoneReadsAsEmptyAndALinkIsNotFollowed) {
+  std::filesystem::create_directory(folder.path("a.txt"));
+  ASSERT_EQ(mkfifo(folder.path("b.txt").c_str(), 0600), 0);
+  std::filesystem::create_symlink(folder.write("secret", "1\n"), folder.path("c.txt"));
+  std::filesystem::create_hard_link(folder.path("secret"), folder.path("d.txt"));
+  const auto console = printedBy([&] { csvConvert(folder.path()); });
+  for (const auto* name : {"a.csv", "b.csv", "c.csv", "d.csv"})
+    EXPECT_EQ(std::filesystem::file_size(folder.path(name)), 0) << name;
+  for (const auto* name : {"a.txt", "b.txt"})
+    EXPECT_THAT(console.out, Not(testing::HasSubstr(folder.path(name) + "\nNo such file.\n")));
+  for (const std::string fault : {"c.txt is not read: it is a link, which is not followed here",
+                                  "d.txt is not read: it has other names, too (hard links)"})
+    EXPECT_THAT(console.err, testing::HasSubstr("corvane: " + folder.path(fault) + "\n"));
+}
+
+TEST_F(ResultFile, ThatCannotBeReadOnEndsForGoodWithItsLastWholeLine) {
+  const auto path = folder.write("a.txt", "1\n2\n" + std::string(40, '3'));
   const auto console = printedBy([&] {
-    parseFilesCsv({folder.write("a.txt", "1\n"), full, folder.write("d.txt", "3\n"),
-                   folder.path("e.txt"), folder.path("f.txt"), folder.write("g.txt", "4\n")});
+    const int unreadable = open(path.c_str(), O_WRONLY), whole = open(path.c_str(), O_RDONLY);
+    const int descriptor = dup(unreadable);
+    close(descriptor);  // the number that the reader's file gets
+    ResultRows rows(path, traceReading, 8);
+    EXPECT_TRUE(rows.next() && rows.next());
+    for (const int instead : {unreadable, whole}) {
+      dup2(instead, descriptor);
+      EXPECT_FALSE(rows.next());
+      close(instead);
+    }
   });
-  EXPECT_THAT(console.out, testing::HasSubstr(full + "\nFound an empty line\n"));
-  EXPECT_EQ(console.err, "corvane: " + folder.path("b.csv") +
-                             " cannot be written: No space left on device; it is incomplete\n");
-  EXPECT_EQ(folder.read("e.csv") + folder.read("f.csv"), "");
-  EXPECT_EQ(folder.read("g.csv"), "4.00\n");
+  EXPECT_EQ(console.err, "corvane: " + path + " cannot be read to its end: Bad file descriptor\n");
 }
 
 struct MalformedCase {

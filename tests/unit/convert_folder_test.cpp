@@ -104,14 +104,17 @@ TEST_F(RunFolder, WithoutResultFilesGivesFramesOnly) {
 }
 
 TEST_F(RunFolder, ThatIsNotThereMakesNoTrace) {
-  const auto console = printedBy([] {
-    EXPECT_EQ(jsonConvert("/nowhere"), -1);
-    EXPECT_EQ(csvConvert("/nowhere"), 0);
-    EXPECT_EQ(getSummary("/nowhere"), 0);
+  const Folder nowhere("/nowhere");
+  const auto console = printedBy([&] {
+    EXPECT_EQ(jsonConvert(nowhere), -1);
+    EXPECT_EQ(csvConvert(nowhere), 0);
+    EXPECT_EQ(getSummary(nowhere), 0);
   });
   const std::string line = "Directory to be parsed = /nowhere\n";
   EXPECT_THAT(console.out, testing::StartsWith(line + line + line + "+++"));
-  EXPECT_EQ(console.err, "open file '/nowhere/ProfilerOutput.json' failed!\n");
+  EXPECT_EQ(console.err,
+            "corvane: /nowhere/ProfilerOutput.json cannot be opened: No such file or directory\n"
+            "open file '/nowhere/ProfilerOutput.json' failed!\n");
 }
 
 TEST_F(RunFolder, WithTwoFilesOfAKindRepeatsTheFirstInTheSummary) {
