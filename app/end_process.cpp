@@ -4,9 +4,14 @@
 #include <cstdlib>
 #include <unistd.h>
 
+#include "run_signals.h"
+
 void endProcess(int status) {
   static std::atomic<bool> ending{false};
-  if (!ending.exchange(true)) std::exit(status);
+  if (!ending.exchange(true)) {
+    waitForReader();
+    std::exit(status);
+  }
   for (;;)
     ::pause();
 }

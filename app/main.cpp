@@ -103,6 +103,7 @@ int main(int argc, char** argv) {
   if (dump_parameters() != 0) endProcess(0);
 
   dataEndpoint = new DATAENDPOINT;
+  dataEndpoint->writeRowsBy(sayAtOnceOrNever);
   signal_setup();
   chooseSuffix(fileGiven);
   setupDirectoryStructure();

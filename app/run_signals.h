@@ -11,12 +11,18 @@ extern std::atomic<bool> stopRequested;  ///< a stop signal has come
 extern std::atomic<bool> timeExpired;    ///< the run timer has fired
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler writes the flags");
 
-/// Blocks the four signals in this thread and in every thread that it starts from now on, installs
-/// their handler and starts the run timer.
+/// Asks for the end of the run as a stop signal does.
+void requestStop();
+
+/// Blocks the four signals, and SIGPIPE for good, in this thread and in every thread that it starts
+/// from now on, installs their handler and starts the run timer.
 void signal_setup();
 
 /// Lets the signals in until one of the flags is set.
 void waitForRunEnd();
+
+/// Waits until the console has taken all that was said; a further stop signal gives it up.
+void waitForReader();
 
 /// Lets the signals in as long as it lives.
 class SignalsLetIn {

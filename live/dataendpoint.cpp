@@ -1,18 +1,33 @@
 #include "dataendpoint.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <iomanip>
+#include <iostream>
 #include <sstream>
 #include <utility>
 
 namespace {
 
-/// One message, one write: the collectors print beside this. The program has made standard output
-/// line-buffered, so a row appears at once.
-void put(const std::string& text) {
-  std::fwrite(text.data(), 1, text.size(), stdout);
+/// One message, one write: the collectors print beside this.
+void put(std::string_view text) {
+  std::cout.write(text.data(), std::streamsize(text.size())).flush();
+}
+
+std::string line(const std::vector<std::string>& row, int mode) {
+  std::ostringstream text;
+  for (const auto& cell : row) {
+    text << std::setw(20);
+    if (mode == 1) {
+      // What a library prints on std::cout from then on is to look like the row.
+      std::cout << std::fixed << std::setprecision(2);
+      text << std::fixed << std::setprecision(2) << std::atof(cell.c_str());
+    } else {
+      text << cell;
+    }
+  }
+  text << '\n';
+  return std::move(text).str();
 }
 
 std::string mebibytes(unsigned long long bytes) {
@@ -21,7 +36,7 @@ std::string mebibytes(unsigned long long bytes) {
 
 }  // namespace
 
-DATAENDPOINT::DATAENDPOINT() {
+DATAENDPOINT::DATAENDPOINT() : writeRow_(put) {
   put("Reached the constructor for dataendpoint.\n");
 }
 
@@ -148,24 +163,14 @@ void DATAENDPOINT::setOutput() {
   add(DDR, data.ddrBandwidth);
   add(MEM, data.memUsage);
   if (!enabled(NET)) {
-    printVector(row, 1);
+    writeRow_(line(row, 1));
     return;
   }
   row.insert(row.end(),
              {data.interfaceName, mebibytes(data.netTxBytes), mebibytes(data.netRxBytes)});
-  printVector(row, 0);
+  writeRow_(line(row, 0));
 }
 
 void DATAENDPOINT::printVector(std::vector<std::string> row, int mode) {
-  std::ostringstream line;
-  if (mode == 1) line << std::fixed << std::setprecision(2);
-  for (const auto& text : row) {
-    line << std::setw(20);
-    if (mode == 1) {
-      line << std::atof(text.c_str());
-    } else {
-      line << text;
-    }
-  }
-  put(line.str() + "\n");
+  put(line(row, mode));
 }

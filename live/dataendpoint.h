@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The live report: gathers the newest value of every enabled source and prints one console row as
@@ -13,6 +14,9 @@ class DATAENDPOINT {
   ~DATAENDPOINT();
   DATAENDPOINT(const DATAENDPOINT&) = delete;
   DATAENDPOINT& operator=(const DATAENDPOINT&) = delete;
+
+  /// Rows go to `write`, which may leave one out, in place of std::cout.
+  void writeRowsBy(void (*write)(std::string_view row)) { writeRow_ = write; }
 
   // A source that is off is marked as having a sample, for good, so that it holds no row back.
   void setCPUSample() { dataEndPoint.sampleReady[CPU] = 1; }
@@ -47,7 +51,8 @@ class DATAENDPOINT {
   void setHeaders();
   /// Prints the row of the newest values.
   void setOutput();
-  /// Prints one row; mode 1 reads the texts as numbers and prints them with two decimals.
+  /// Prints one row; mode 1 reads the texts as numbers and prints them with two decimals, which
+  /// std::cout then has, too.
   void printVector(std::vector<std::string> row, int mode);
 
   /// For a process that is about to end under its collectors: says that the report ends and shuts
@@ -78,6 +83,8 @@ class DATAENDPOINT {
     int profilerEnabled[sourceCount] = {};
     int headersPrinted = 0;
   } dataEndPoint;
+
+  void (*writeRow_)(std::string_view row);
 
   bool enabled(Source source) const { return dataEndPoint.profilerEnabled[source] != 0; }
 

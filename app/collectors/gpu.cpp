@@ -1,3 +1,4 @@
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -23,7 +24,7 @@ std::string withoutBlanks(const std::string& name) {
 
 /// Whole MHz; what is no frequency at all is 0.
 unsigned long wholeMegahertz(float frequency) {
-  constexpr float beyond = 0x1p63F;
+  constexpr auto beyond = float(std::numeric_limits<unsigned long>::max());  // rounded up
   return frequency > 0 && frequency < beyond ? static_cast<unsigned long>(frequency) : 0;
 }
 

@@ -6,6 +6,7 @@ import shutil
 import signal
 import subprocess
 import tempfile
+import time
 from pathlib import Path
 
 import pytest
@@ -14,6 +15,13 @@ FIXTURES = Path(__file__).resolve().parent.parent / "fixtures"
 BUILD = Path(os.environ["CORVANE_BUILD"])
 RUNNER = shlex.split(os.environ.get("CORVANE_RUNNER", ""))  # an emulator, for another processor
 PROGRAM = [*RUNNER, str(BUILD / "profiler_app")]
+
+
+def wait_until(condition):
+    end = time.monotonic() + 60
+    while not condition():
+        assert time.monotonic() < end
+        time.sleep(0.005)
 
 
 class Run:

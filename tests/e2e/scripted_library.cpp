@@ -1,17 +1,23 @@
 // Another build of the monitor library: plays the values of a script ($CORVANE_SCRIPT) and records
-// the calls ($CORVANE_CALLS). A script line is "SOURCE [repeat=N] [signal=N] [slow=MS] VALUES...";
-// each is one sample, or N of them. When a source's lines are played out it reports a stop where
-// its interface can, and repeats the last line where it cannot.
+// the calls ($CORVANE_CALLS). A script line is "SOURCE [repeat=N] [signal=N] [slow=MS] [step=S]
+// [print=N] VALUES..."; each is one sample, or N of them; step sets the wall clock that the program
+// sees, print is what a library writes on std::cout (N / 8). When a source's lines are played out
+// it reports a stop where its interface can, and repeats the last line where it cannot.
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
 #include <fstream>
+#include <iostream>
 #include <map>
 #include <mutex>
 #include <signal.h>
 #include <sstream>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -43,6 +49,9 @@ std::string joined(const std::vector<int>& numbers) {
     text += " " + std::to_string(number);
   return text;
 }
+
+/// By how many seconds the wall clock that the program sees is ahead.
+std::atomic<int> wallClockStep{0};
 
 void sleepMilliseconds(int milliseconds) {
   const timespec time{.tv_sec = milliseconds / 1000, .tv_nsec = milliseconds % 1000 * 1'000'000L};
@@ -96,6 +105,8 @@ bool next(const std::string& source, std::istringstream& values) {
   for (; values >> word && word.find('=') != word.npos; start = values.tellg()) {
     const int number = std::atoi(word.c_str() + word.find('=') + 1);
     if (fresh && word.starts_with("signal")) sendSignal(number);
+    if (fresh && word.starts_with("step")) wallClockStep += number;
+    if (word.starts_with("print")) std::cout << number / 8.0 << std::endl;
     if (word.starts_with("slow")) sleepMilliseconds(number);
   }
   values.clear();
@@ -131,6 +142,7 @@ static_assert(sizeof(State) <= 4096);
 State& in(unsigned char* opaque) { return *reinterpret_cast<State*>(opaque); }
 State& make(unsigned char* opaque, const std::string& call) {
   record(call);
+  record("timer slack " + call + " " + std::to_string(prctl(PR_GET_TIMERSLACK)));
   return *new (opaque) State;
 }
 void setPeriod(unsigned char* opaque, const std::string& monitor, int milliseconds) {
@@ -139,6 +151,19 @@ void setPeriod(unsigned char* opaque, const std::string& monitor, int millisecon
 }
 
 }  // namespace
+
+// In front of the C library's, since this library is.
+extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
+  const auto result = int(syscall(SYS_clock_gettime, clock, time));
+  if (clock == CLOCK_REALTIME) time->tv_sec += wallClockStep;
+  return result;
+}
+extern "C" int gettimeofday(timeval* time, void*) noexcept {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  *time = {.tv_sec = now.tv_sec, .tv_usec = now.tv_nsec / 1000};
+  return 0;
+}
 
 void printLibraryVersion() { puts("Scripted Library Version : v0"); }
 

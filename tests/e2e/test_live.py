@@ -1,5 +1,7 @@
 """The live table: a row as soon as every source that is on has delivered."""
 
+import re
+
 import pytest
 
 
@@ -42,3 +44,16 @@ def test_rows(profiler, options, script, header, rows):
 def test_header_stands_once_without_live(profiler):
     run = profiler.run("-c -A 5 -f x", "cpu 1\ncpu signal=2\n")
     assert run.out.split("\n").count(cells("CPU Load")) == 1
+
+
+def test_gpu_frequency_has_all_that_its_type_holds(profiler):
+    figures = {"1.9": "1.00", "1e19": "9999999980506447872.00", "2e19": "0.00", "-2": "0.00"}
+    script = "".join(f"gpu {figure} 5\n" for figure in figures) + "gpu signal=2 0 0\n"
+    run = profiler.run("-g -B 1 --live -t 60 -f x", script)
+    rows = re.findall(r"^ +5\.00 *(\S+)$", run.out, re.MULTILINE)
+    assert rows == list(figures.values())
+
+
+def test_libraries_print_as_many_decimals_as_the_rows(profiler):
+    run = profiler.run("-c -A 5 --live -t 60 -f x", "cpu print=1 1\ncpu print=1 1\ncpu signal=2\n")
+    assert re.findall(r"^0\.12.*", run.out, re.MULTILINE) == ["0.125", "0.12"]

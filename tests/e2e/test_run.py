@@ -180,14 +180,6 @@ def test_full_disk_keeps_the_complete_lines(profiler):
     assert (run.status, run.out[-2:]) == (0, "+\n")
 
 
-@pytest.mark.parametrize("target", ["closed", "/dev/full"])
-def test_console_that_takes_nothing(profiler, target):
-    command = ["sh", "-c", '"$0" "$@" ' + (">&- 2>&-" if target == "closed" else f">{target}")]
-    run = profiler.run("-c -A 1 -f x", "cpu 1\n" * 3 + "cpu signal=2\n", before=command)
-    assert run.status == 0
-    assert run.result("cpuprofiler").count("\n") == 4
-
-
 @pytest.mark.parametrize("command", ["rm {0}/cpuprofiler_x.txt", "rm -r {0}"])
 def test_results_removed_in_mid_run(profiler, command):
     process = profiler.start("-c -A 1 -o -G 1 -t 0 -f x", "cpu 1\n" * 99999 + "mem 2 1 1\n")

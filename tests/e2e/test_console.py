@@ -1,0 +1,99 @@
+"""A console that is closed, full, goes away or stands still: the run and its results are the same."""
+
+import contextlib
+import os
+import pty
+import re
+import shutil
+import signal
+import socket
+
+import pytest
+from conftest import wait_until
+
+
+@pytest.mark.parametrize("target", ["closed", "/dev/full"])
+def test_console_that_takes_nothing(profiler, target):
+    command = ["sh", "-c", '"$0" "$@" ' + (">&- 2>&-" if target == "closed" else f">{target}")]
+    run = profiler.run("-c -A 1 -f x", "cpu 1\n" * 3 + "cpu signal=2\n", before=command)
+    assert run.status == 0
+    assert run.result("cpuprofiler").count("\n") == 4
+
+
+ROWS = 300
+SCRIPT = f"cpu repeat={ROWS} 1 2 3\ncpu signal=2\n"
+OPTIONS = "-c -A 1 --live --json --csv -f x"
+
+
+def converted(run_or_profiler):
+    """How many lines the whole CSV has, 0 as long as it, or the trace, is not whole."""
+    folder = run_or_profiler.folder / "Results_corvane/x"
+    trace, table = folder / "ProfilerOutput.json", folder / "cpuprofiler_x.csv"
+    if not table.exists() or not trace.read_text().endswith("]}\n"):
+        return 0
+    lines = table.read_text().count("\n")
+    return lines if lines == table.with_suffix(".txt").read_text().count("\n") else 0
+
+
+@pytest.mark.parametrize("rows", [True, False])
+def test_reader_that_goes_away(profiler, rows):
+    """The next row ends the run; where no row is due, it goes on to its own end."""
+    options = OPTIONS if rows else OPTIONS.replace("--live ", "")
+    process = profiler.start(options + " -t 0", SCRIPT.replace(str(ROWS), "9999999") if rows else SCRIPT)
+    seen = b""
+    while not (b"CPU Load" in seen and b"Starting" in seen):  # in either order
+        seen += process.stdout.readline()
+    process.stdout.close()
+    process.stderr.close()
+    run = profiler.finish(process)
+    assert converted(run) > 1 if rows else converted(run) == ROWS + 1
+    assert run.status == 0
+
+
+def full(kind):
+    """A console that takes nothing: our end, and the program's."""
+    if kind == "socket":
+        ours, its = (end.detach() for end in socket.socketpair())
+    else:
+        ours, its = pty.openpty() if kind == "terminal" else os.pipe()
+    os.set_blocking(its, False)
+    with contextlib.suppress(BlockingIOError):
+        while os.write(its, b"=" * 99 + b"\n"):
+            pass
+    os.set_blocking(its, True)
+    return ours, its
+
+
+def read_all(descriptor):
+    pieces = []
+    with contextlib.suppress(OSError):  # a terminal's end
+        while pieces[-1:] != [b""]:
+            pieces.append(os.read(descriptor, 1 << 16))
+    return b"".join(pieces).decode().replace("\r\n", "\n").lstrip("=\n")
+
+
+def texts(console):
+    """The lines that are no rows, without their figures; which thread came first is chance."""
+    lines = (line for line in console.split("\n") if line != "1.00".rjust(20))
+    return sorted(re.sub(r"[\d.]+", "#", line) for line in lines)
+
+
+@pytest.mark.parametrize("kind, end", [("pipe", "signal"), ("pipe", "reader"), ("terminal", "reader"),
+                                       ("socket", "reader")])  # fmt: skip
+def test_reader_that_stands_still(profiler, kind, end):
+    """Rows are left out; all other text waits for the reader, or a signal, when the results are there."""
+    expected = profiler.run(OPTIONS + " -t 0", SCRIPT)
+    shutil.rmtree(profiler.folder / "Results_corvane")
+    ours, its = full(kind)
+    limit, script = ("-t 1", SCRIPT.split("cpu signal")[0]) if end == "signal" else ("-t 0", SCRIPT)
+    process = profiler.start(f"{OPTIONS} {limit}", script, stdout=its, stderr=its)
+    os.close(its)
+    wait_until(lambda: converted(profiler) or process.poll() is not None)
+    if end == "signal":
+        process.send_signal(signal.SIGTERM)
+    else:
+        assert texts(read_all(ours)) == texts(expected.out)
+    run = profiler.finish(process)
+    os.close(ours)
+    assert converted(run) > 1 if end == "signal" else converted(run) == ROWS + 1
+    assert run.status == 0
