@@ -35,6 +35,13 @@ void numberSlots() {
   }
 }
 
+void checkCounterRate() {
+  const auto rate = virtualCounterRate();
+  if (!qtimerEnabled || rate == 19'200'000) return;
+  warn("--qtimer: this processor's counter runs at " + std::to_string(rate) +
+       " Hz, not at 19200000: the times are its ticks / 19.2, not microseconds");
+}
+
 void chooseSuffix(bool fileGiven) {
   if (!fileGiven) {
     say("Setting filename to current time\n");
@@ -101,6 +108,7 @@ int main(int argc, char** argv) {
   const bool fileGiven = parseOptions(argc, argv);
   update_default_sample_time();
   if (dump_parameters() != 0) endProcess(0);
+  checkCounterRate();
 
   dataEndpoint = new DATAENDPOINT;
   dataEndpoint->writeRowsBy(sayAtOnceOrNever);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <string>
 #include <sys/prctl.h>
 #include <time.h>
@@ -33,9 +34,28 @@ bool runs(const ProfilerThread& slot) {
   return slot.enabled != 0 && slot.threadFunc != nullptr;
 }
 
+/// A condition whose waits do not follow the wall clock when that is set.
+int initMonotonic(pthread_cond_t& cond) {
+  pthread_condattr_t attributes;
+  int error = pthread_condattr_init(&attributes);
+  if (error != 0) return error;
+  error = pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+  if (error == 0) error = pthread_cond_init(&cond, &attributes);
+  pthread_condattr_destroy(&attributes);
+  return error;
+}
+
+/// As a rule a sleeper may be woken 50 us late, to save wake-ups. Threads inherit what their maker
+/// has, and only short periods need more than that.
+void setTimerSlackFor(int period) {
+  constexpr unsigned long exact = 1, usual = 0;
+  ::prctl(PR_SET_TIMERSLACK, period < 100 ? exact : usual);
+}
+
 int start(ProfilerThread& slot) {
   int error = pthread_mutex_init(&slot.mutex, nullptr);
-  if (error == 0) error = pthread_cond_init(&slot.cond, nullptr);
+  if (error == 0) error = initMonotonic(slot.cond);
+  setTimerSlackFor(slot.sampleTime);
   if (error == 0) error = pthread_create(&slot.thread, nullptr, slot.threadFunc, &slot);
   return error;
 }
@@ -55,11 +75,12 @@ timespec after(timespec time, int milliseconds) {
 }  // namespace
 
 int startThreads() {
-  // The threads inherit it: as a rule a sleeper may be woken 50 us late, to save wake-ups.
-  ::prctl(PR_SET_TIMERSLACK, 1);
   for (auto& slot : profilerThreads) {
     if (!runs(slot)) continue;
-    if (const int error = start(slot); error != 0) return error;
+    if (const int error = start(slot); error != 0) {
+      warn(std::string(slot.name) + ": no thread could be started: " + std::strerror(error));
+      return error;
+    }
   }
   say("Started all threads\n");
   return 0;
@@ -94,7 +115,7 @@ int cond_timedwait(int slotNumber) {
   if (slotNumber < 0 || slotNumber >= slotCount) return -1;
   auto& slot = profilerThreads[slotNumber];
   timespec now{};
-  if (clock_gettime(CLOCK_REALTIME, &now) != 0) return -1;
+  if (clock_gettime(CLOCK_MONOTONIC, &now) != 0) return -1;
   const timespec deadline = after(now, slot.sampleTime);
   int result = 0;
   pthread_mutex_lock(&slot.mutex);

@@ -20,6 +20,15 @@ inline std::uint64_t virtualCounter() {
 #endif
 }
 
+/// Ticks per second that the processor says the counter has.
+inline std::uint64_t virtualCounterRate() {
+  std::uint64_t hertz = 19'200'000;
+#ifdef __aarch64__
+  asm("mrs %0, cntfrq_el0" : "=r"(hertz));
+#endif
+  return hertz;
+}
+
 /// The counter in microseconds.
 inline double virtualCounterMicroseconds() {
   return double(virtualCounter()) / 19.2;

@@ -1,22 +1,26 @@
 #include "sampling.h"
 
 #include <cerrno>
-#include <cstdint>
+#include <time.h>
 
 #include "profiler_threads.h"
 #include "run_parameters.h"
 #include "virtual_counter.h"
 
-SampleClock::SampleClock() {
-  gettimeofday(&start_, nullptr);
+namespace {
+
+std::int64_t microsecondsSinceBoot() {
+  timespec now{};
+  clock_gettime(CLOCK_BOOTTIME, &now);
+  return std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1000;
 }
 
+}  // namespace
+
+SampleClock::SampleClock() : start_(microsecondsSinceBoot()) {}
+
 SampleTime SampleClock::now() const {
-  timeval now{};
-  gettimeofday(&now, nullptr);
-  const auto elapsed = std::int64_t(now.tv_usec) - std::int64_t(start_.tv_usec) +
-                       (std::int64_t(now.tv_sec) - std::int64_t(start_.tv_sec)) * 1'000'000;
-  SampleTime time{.elapsed = float(elapsed)};
+  SampleTime time{.elapsed = float(microsecondsSinceBoot() - start_)};
   time.column = qtimerEnabled ? virtualCounterMicroseconds() : double(time.elapsed);
   return time;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sys/time.h>
+#include <cstdint>
 
 /// When a sample was taken.
 struct SampleTime {
@@ -8,14 +8,15 @@ struct SampleTime {
   double column = 0;  ///< µs for the time column: elapsed, or with --qtimer the counter's
 };
 
-/// The collector's clock; its construction is the start.
+/// The collector's clock; its construction is the start. Setting the wall clock does not move it,
+/// and it does not stand still while the machine sleeps.
 class SampleClock {
  public:
   SampleClock();
   SampleTime now() const;
 
  private:
-  timeval start_{};
+  std::int64_t start_;  ///< µs
 };
 
 /// Whether the run's total time has not been reached with the sample taken at `time`.

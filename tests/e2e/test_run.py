@@ -214,6 +214,16 @@ def test_signal_storm_lasts_into_the_conversions(profiler):
     assert (run.status, run.out[-2:]) == (0, "+\n")
 
 
+@pytest.mark.parametrize("seconds", [6, -6])
+def test_wall_clock_set_in_mid_run(profiler, seconds):
+    """The sources that the program paces itself go on with their period, at the times they had."""
+    script = f"mem repeat=5 2 1 1\nmem step={seconds} 2 1 1\nmem repeat=5 2 1 1\nmem signal=2 2 1 1\n"
+    run = profiler.run("-o -G 20 -t 5 -f x", script)
+    times = [float(line.split()[0]) for line in run.result("memprofiler").splitlines()[1:]]
+    assert len(times) == 12
+    assert all(20e3 <= later - time < 2e6 for time, later in zip(times, times[1:]))
+
+
 def test_day_of_samples_does_not_grow(profiler):
     """86,400 samples at full speed; the peak of memory is that of a short run."""
     peaks = []
