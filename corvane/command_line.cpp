@@ -3,10 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
-#include <numeric>
 
+#include "compare.h"
 #include "message.h"
 #include "show.h"
+#include "suggestion.h"
 
 namespace {
 
@@ -15,8 +16,7 @@ struct Chosen {
   std::function<int()> run;
 };
 
-void addRunChoice(CLI::App& app, RunChoice& choice) {
-  app.add_option("RUN", choice.run, "Run folder; the newest below ./Results_corvane unless named");
+void addSelection(CLI::App& app, RunChoice& choice) {
   app.add_option("--from", choice.from, "Leave out what was before this second of the run")
       ->type_name("S");
   app.add_option("--to", choice.to, "Leave out what was after this second of the run")
@@ -28,6 +28,11 @@ void addRunChoice(CLI::App& app, RunChoice& choice) {
       ->take_all();
 }
 
+void addRunChoice(CLI::App& app, RunChoice& choice) {
+  app.add_option("RUN", choice.run, "Run folder; the newest below ./Results_corvane unless named");
+  addSelection(app, choice);
+}
+
 void addShow(CLI::App& app, ShowOptions& options, Chosen& chosen) {
   auto* const command =
       app.add_subcommand("show", "A run's sources, metrics and processes on one screen");
@@ -36,19 +41,41 @@ void addShow(CLI::App& app, ShowOptions& options, Chosen& chosen) {
   command->callback([&] { chosen.run = [&] { return show(options); }; });
 }
 
-/// How many letters have to be changed, added or left out to get from one word to the other.
-std::size_t distance(const std::string& from, const std::string& to) {
-  std::vector<std::size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    auto diagonal = row[0]++;
-    for (std::size_t j = 0; j < to.size(); ++j) {
-      const auto replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
+void addCompare(CLI::App& app, CompareOptions& options, Chosen& chosen) {
+  auto* const command =
+      app.add_subcommand("compare", "What differs between two sides of runs, beyond chance");
+  command->add_option("BASE", options.base, "Run folders before the change (or patterns of them)")
+      ->required();
+  command->add_option("--with", options.fresh, "Run folders after the change")
+      ->type_name("NEW...")
+      ->required();
+  addSelection(*command, options.choice);
+  command
+      ->add_option("--at-least", options.atLeastPercent,
+                   "Tell changes of at least so much of the base value (1% unless set)")
+      ->type_name("N%")
+      ->transform(CLI::Validator(
+          [](std::string& text) {
+            if (text.ends_with('%')) text.pop_back();
+            return std::string();
+          },
+          ""))
+      ->check(CLI::NonNegativeNumber);
+  command
+      ->add_option("--more-is-better", options.moreIsBetter,
+                   "More of this metric is better; may be repeated")
+      ->type_name("METRIC")
+      ->expected(1)
+      ->take_all();
+  command
+      ->add_option("--fail-if", options.failIf,
+                   "Status 1 where this holds, as 'memory.Used_Mem.p95 > +5%'; may be repeated")
+      ->type_name("CONDITION")
+      ->expected(1)
+      ->take_all();
+  command->add_flag("--all", options.all, "What has not changed, too");
+  command->add_flag("--json", options.json, "All of it as JSON");
+  command->callback([&] { chosen.run = [&] { return compare(options); }; });
 }
 
 /// The options of a command, or the subcommands where the word is no option.
@@ -66,23 +93,14 @@ std::vector<std::string> candidates(const CLI::App& command, const std::string& 
   return names;
 }
 
-/// " (did you mean ...?)" where something close exists.
-std::string suggestion(const CLI::App& command, const std::string& word) {
-  const auto name = word.substr(0, word.find('='));
-  const auto names = candidates(command, name);
-  const auto best = std::ranges::min_element(
-      names, {}, [&](const std::string& candidate) { return distance(name, candidate); });
-  if (best == names.end() || distance(name, *best) > std::max<std::size_t>(2, name.size() / 3))
-    return "";
-  return "; did you mean " + *best + "?";
-}
-
 int explain(const CLI::App& app, const CLI::ParseError& error) {
   const auto parsed = app.get_subcommands();
   const auto& command = parsed.empty() ? app : *parsed.front();
   const auto left = app.remaining(true);
   if (!left.empty()) {
-    message("unknown " + left.front() + suggestion(command, left.front()));
+    const auto& word = left.front();
+    const auto name = word.substr(0, word.find('='));
+    message("unknown " + word + suggestion(name, candidates(command, name)));
   } else {
     message(error.what());
   }
@@ -98,6 +116,8 @@ int runCommandLine(int argc, char** argv) {
   Chosen chosen;
   ShowOptions showOptions;
   addShow(app, showOptions, chosen);
+  CompareOptions compareOptions;
+  addCompare(app, compareOptions, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -1,0 +1,95 @@
+#include "compare.h"
+
+#include <cstdio>
+#include <glob.h>
+
+#include "compare/comparison.h"
+#include "compare/condition_check.h"
+#include "compare/settings.h"
+#include "compare/verdicts.h"
+#include "message.h"
+#include "run_summary.h"
+
+namespace {
+
+/// The folders that the words name or match, in their order.
+std::vector<std::string> expanded(const std::vector<std::string>& words) {
+  std::vector<std::string> folders;
+  for (const auto& word : words) {
+    glob_t found{};
+    if (::glob(word.c_str(), GLOB_NOCHECK | GLOB_ONLYDIR, nullptr, &found) == 0) {
+      for (std::size_t place = 0; place < found.gl_pathc; ++place)
+        folders.emplace_back(found.gl_pathv[place]);
+    }
+    ::globfree(&found);
+  }
+  return folders;
+}
+
+class Reading {
+ public:
+  explicit Reading(const CompareOptions& options) : options_(options) {}
+
+  /// False, after a message, where there is nothing to compare.
+  bool read() {
+    return conditions_.parse(options_.failIf) && readSide(Sides::base, options_.base) &&
+           readSide(Sides::fresh, options_.fresh);
+  }
+  Comparison compare() const {
+    Comparison result;
+    for (const auto side : {Sides::base, Sides::fresh})
+      result.runs[side] = folders_[side];
+    result.settings = settings_.differences();
+    result.figures = sides_.compare(
+        {.atLeastPercent = options_.atLeastPercent, .moreIsBetter = options_.moreIsBetter});
+    result.conditions = conditions_.outcomes();
+    return result;
+  }
+  const ConditionCheck& conditions() const { return conditions_; }
+
+ private:
+  bool readSide(Sides::Side side, const std::vector<std::string>& words) {
+    for (const auto& folder : expanded(words)) {
+      if (!readOne(side, folder)) return false;
+    }
+    return true;
+  }
+  bool readOne(Sides::Side side, const std::string& folder) {
+    if (chosenRun(folder).empty()) return false;
+    const auto& choice = options_.choice;
+    const runs::Selection selection{
+        .from = choice.from, .to = choice.to, .processes = choice.processes};
+    const auto run =
+        runs::readRun(folder, selection, {.envelopes = true, .processEnvelopes = true});
+    for (const auto& note : run.notes)
+      message(note);
+    if (run.empty()) {
+      message("nothing could be read from " + folder);
+      return false;
+    }
+    sides_.add(side, run);
+    settings_.add(side, run);
+    conditions_.add(side, run);
+    folders_[side].push_back(folder);
+    return true;
+  }
+
+  const CompareOptions& options_;
+  std::vector<std::string> folders_[2];
+  Sides sides_;
+  Settings settings_;
+  ConditionCheck conditions_;
+};
+
+}  // namespace
+
+int compare(const CompareOptions& options) {
+  Reading reading(options);
+  if (!reading.read()) return Status::wrongUse;
+  const auto comparison = reading.compare();
+  const auto text =
+      options.json ? comparisonJson(comparison) : comparisonText(comparison, options.all);
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  if (std::fflush(stdout) != 0) return Status::wrongUse;
+  return reading.conditions().report();
+}
