@@ -12,8 +12,8 @@
 #include "ddr_mon.h"
 #include "notice.h"
 #include "opaque.h"
-#include "period.h"
 #include "pmu.h"
+#include "steady_time.h"
 
 std::optional<MemoryLevel> levelOf(std::string_view unit) {
   const auto holds = [unit](std::string_view term) { return unit.find(term) != unit.npos; };
@@ -168,7 +168,7 @@ struct State {
   }
 
   void sample() {
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = steadyNow();
     if (now <= lastReading) return;
     figures = memoryBandwidths(read(), now - lastReading);
     lastReading = now;

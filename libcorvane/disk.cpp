@@ -13,7 +13,7 @@
 #include "names.h"
 #include "notice.h"
 #include "opaque.h"
-#include "period.h"
+#include "steady_time.h"
 #include "text_scan.h"
 
 std::optional<DiskLine> parseDiskLine(std::string_view line) {
@@ -65,7 +65,7 @@ class Disks {
   bool read() {
     const auto text = diskstats_.read();
     if (!text) return false;
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = steadyNow();
     const bool lookAgain = now - lastLook_ >= lookInterval;
     if (lookAgain) lastLook_ = now;
     std::size_t count = 0;

@@ -42,11 +42,11 @@ void GpuClients::findDescriptors() {
 }
 
 void GpuClients::read() {
-  auto time = clock_();
+  auto time = steadyNow();
   if (time - lastSearch_ >= searchInterval) {
     findDescriptors();
     lastSearch_ = time;
-    time = clock_();
+    time = steadyNow();
   }
   before_.swap(now_);
   now_.clear();

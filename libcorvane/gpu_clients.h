@@ -6,14 +6,11 @@
 
 #include "gpu_fdinfo.h"
 #include "kernel_file.h"
-#include "period.h"
+#include "steady_time.h"
 
 /// The clients of the graphics devices, found by the descriptors of all processes.
 class GpuClients {
  public:
-  /// `now` is the clock by which clients are looked for and their use is timed.
-  explicit GpuClients(SteadyTime (*now)() = std::chrono::steady_clock::now) : clock_(now) {}
-
   /// Reads what every client has used until now, each client once.
   void read();
 
@@ -28,7 +25,6 @@ class GpuClients {
   void findDescriptors();
   void findDescriptorsOf(const std::string& process);
 
-  SteadyTime (*clock_)();
   std::vector<std::string> descriptors_;  ///< paths of their fdinfo
   SteadyTime lastSearch_, lastReading_;
   std::vector<DrmClient> before_, now_;

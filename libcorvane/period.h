@@ -2,8 +2,7 @@
 
 #include <chrono>
 
-/// Monotonic time, at which readings are taken and over which rates are computed.
-using SteadyTime = std::chrono::steady_clock::time_point;
+#include "steady_time.h"
 
 /// The period of a monitor that blocks by itself. Deadlines are absolute, so that the work between
 /// two waits does not make the sampling drift; deadlines that were missed are skipped.

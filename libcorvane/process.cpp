@@ -1,7 +1,6 @@
 #include "process.h"
 
 #include <algorithm>
-#include <time.h>
 #include <unistd.h>
 #include <utility>
 
@@ -40,9 +39,7 @@ struct Watched {
 };
 
 std::uint64_t ticksSinceBoot() {
-  timespec now{};
-  ::clock_gettime(CLOCK_BOOTTIME, &now);
-  return (std::uint64_t(now.tv_sec) * 1'000'000'000 + std::uint64_t(now.tv_nsec)) / tickLength();
+  return std::uint64_t(timeSinceBoot().count()) / tickLength();
 }
 
 procStats toRecord(const Watched& watched) {
@@ -74,7 +71,7 @@ struct State {
   }
 
   void readAll(const std::vector<int>& pids) {
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = steadyNow();
     const auto tick = ticksSinceBoot();
     const double online = cores.count();
     follow(known, pids);

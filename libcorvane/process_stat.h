@@ -19,6 +19,6 @@ struct ProcessStat {
 std::optional<ProcessStat> parseProcessStat(std::string_view text);
 
 /// The name by which a user knows the process, made safe: argv[0] as the process shows it, of an
-/// absolute path the last component of its first word; `comm` where argv[0] is empty, a kernel worker's without what it
-/// does at the moment.
+/// absolute path the last component of its first word; `comm` where argv[0] is empty, a kernel
+/// worker's without what it does at the moment.
 std::string processName(std::string_view cmdline, std::string_view comm);

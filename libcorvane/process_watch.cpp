@@ -35,7 +35,7 @@ std::chrono::nanoseconds ProcessWatch::resolution() const {
 Sight ProcessWatch::look(Process& process) {
   const auto used = clock_ != nullptr ? clock_(process.pid) : std::nullopt;
   if (clock_ != nullptr && !used && errno == EINVAL) return gone(process);
-  const CpuReading now{.used = used.value_or(0), .at = std::chrono::steady_clock::now()};
+  const CpuReading now{.used = used.value_or(0), .at = steadyNow()};
   const bool stale = !used || isStale(process, now);
   process.nameMayDiffer |= now.used != process.cpu.used;
   const auto before = std::exchange(process.cpu, now);

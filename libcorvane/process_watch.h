@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "period.h"
 #include "process_clock.h"
 #include "process_folder.h"
 #include "process_stat.h"
+#include "steady_time.h"
 
 /// Processor time that a process had used at a moment.
 struct CpuReading {

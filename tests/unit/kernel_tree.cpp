@@ -46,12 +46,14 @@ KernelTree::KernelTree() : root_(fs::temp_directory_path() / "kernel-tree.XXXXXX
   if (mkdtemp(root_.data()) == nullptr) throw fs::filesystem_error("mkdtemp", std::error_code());
   setKernelRoot(root_);
   setCounterOpener(counterOf);
+  replaceSteadyTime(&now_);
 }
 
 KernelTree::~KernelTree() {
   setKernelRoot("");
   setCounterOpener(nullptr);
   replaceProcessClock(nullptr);
+  replaceSteadyTime(nullptr);
   fs::remove_all(root_);
 }
 

@@ -1,10 +1,9 @@
 #include <gmock/gmock.h>
 
 #include "ddr.h"
-#include "gpu_clients.h"
 #include "gpu_driver.h"
 #include "gpu_fdinfo.h"
-#include "kernel_tree.h"
+#include "period.h"
 #include "process.h"
 
 using namespace std::chrono_literals;
@@ -39,35 +38,6 @@ TEST(Rates, EngineTimeIsOverAllEnginesOfItsKind) {
   EXPECT_DOUBLE_EQ(engineLoad(before, now, 10ms), 30);
 }
 
-SteadyTime clientsTime{100s};
-
-TEST(Rates, ClientsOfAGpuAreTimedAndLookedForEveryFiveSeconds) {
-  const KernelTree tree;
-  const auto use = [&](const std::string& process, int milliseconds) {
-    tree.write("/proc/" + process + "/fdinfo/3", "drm-client-id: " + process + "\ndrm-engine-x: " +
-                                                     std::to_string(milliseconds) + "000000 ns\n");
-  };
-  GpuClients clients([] { return clientsTime; });
-  const auto loadAfter = [&](auto passed) {
-    clientsTime += passed;
-    clients.read();
-    return clients.load();
-  };
-  tree.link("/proc/1/fd/3", "/dev/dri/card0");
-  use("1", 0);
-  clients.read();
-  tree.link("/proc/2/fd/3", "/dev/dri/card0");
-  use("1", 1000);
-  use("2", 0);
-  EXPECT_DOUBLE_EQ(loadAfter(4s), 25);
-  EXPECT_DOUBLE_EQ(loadAfter(0s), 25);
-  use("2", 100);
-  EXPECT_DOUBLE_EQ(loadAfter(1s), 0);
-  use("1", 1100);
-  use("2", 300);
-  EXPECT_DOUBLE_EQ(loadAfter(1s), 30);
-}
-
 TEST(Rates, AGpuIsKnownByItsNameAndNotWhatFeedsIt) {
   for (const auto* name :
        {"5000000.gpu", "gpufreq", "mali.0", "1.g3d", "pvrsrvkm", "2.sgx", "dfrgx"})
@@ -75,6 +45,27 @@ TEST(Rates, AGpuIsKnownByItsNameAndNotWhatFeedsIt) {
   for (const auto* name : {"soc:gpubw", "1000.gpu-bus", "gpu-memlat", "gpu-llcc", "3.gpu_ddr",
                            "gpu-noc", "malidp-bus", "10.video", "soc:cdsp"})
     EXPECT_FALSE(isGpuName(name)) << name;
+}
+
+TEST(Rates, PeriodsKeepTheirGridAndSkipWhatWasMissed) {
+  constexpr SteadyTime start{1h};
+  SteadyTime now = start;
+  replaceSteadyTime(&now);
+  Period period;
+  period.start(100);
+  std::vector<std::int64_t> ends;
+  for (const auto work : {20ms, 30ms, 250ms, 0ms, 100ms, 0ms}) {
+    now += work;
+    period.wait();
+    ends.push_back((now - start) / 1ms);
+  }
+  for (const int milliseconds : {0, -5, 40}) {
+    period.start(milliseconds);
+    period.wait();
+    ends.push_back((now - start) / 1ms);
+  }
+  replaceSteadyTime(nullptr);
+  EXPECT_THAT(ends, testing::ElementsAre(120, 220, 470, 520, 620, 720, 720, 720, 760));
 }
 
 }  // namespace

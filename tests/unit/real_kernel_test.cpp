@@ -5,12 +5,16 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
+#include "kernel_file.h"
+#include "kernel_tree.h"
 #include "perprocmem_mon.h"
 #include "process_mon.h"
+#include "steady_time.h"
 
 // What no tree of files can show.
 
@@ -26,6 +30,8 @@ int whenItHasBurned(int) {
 
 TEST(RealKernel, ThreadsAreNoProcessesAndWhoWasKnownStaysWhenNoFileCanBeOpened) {
   process::PROCESS_MON monitor(whenItHasBurned, {::getpid()});
+  procmem::PERPROCMEM_MON memoryMonitor;
+  ASSERT_EQ(memoryMonitor.corvane_getPerProcessMemStats({::getpid()}).size(), 1U);
   std::promise<int> id;
   std::promise<void> end;
   std::thread thread([&] {
@@ -44,8 +50,11 @@ TEST(RealKernel, ThreadsAreNoProcessesAndWhoWasKnownStaysWhenNoFileCanBeOpened) 
   const rlimit none{.rlim_cur = 0, .rlim_max = limit.rlim_max};
   ::setrlimit(RLIMIT_NOFILE, &none);
   const auto blind = monitor.corvane_getProcessStats({::getpid()});
+  const auto memory = memoryMonitor.corvane_getPerProcessMemStats({::getpid()});
   ::setrlimit(RLIMIT_NOFILE, &limit);
   EXPECT_EQ(blind.size(), 1U);
+  ASSERT_EQ(memory.size(), 1U);
+  EXPECT_GT(memory[0].uss, 0U);
 }
 
 TEST(RealKernel, MemoryOfAStoppedProcessIsWhatItsMappingsHold) {
@@ -73,6 +82,32 @@ TEST(RealKernel, MemoryOfAStoppedProcessIsWhatItsMappingsHold) {
   EXPECT_GE(records[0].uss, 3U << 10);
   EXPECT_GE(records[0].pss, records[0].uss);
   EXPECT_GE(records[0].rss, records[0].pss);
+}
+
+TEST(RealKernel, FilesAreReadWholeHoweverTheyArrive) {
+  EXPECT_NE(KernelFile("/proc/self/smaps").read().value_or("").find("[stack]"), std::string::npos);
+  const KernelTree tree;
+  for (const std::size_t size : {0U, 4095U, 4096U, 4097U, 20'000U}) {
+    const auto content = std::string(size, 'x') + '.';
+    tree.write("/proc/file", content);
+    KernelFile file("/proc/file");
+    EXPECT_EQ(file.read(), content);
+    EXPECT_EQ(file.readOnce(), content);
+  }
+}
+
+TEST(RealKernel, NoSignalEndsASleepEarly) {
+  struct sigaction action{}, before{};
+  action.sa_handler = [](int) {};
+  ::sigaction(SIGALRM, &action, &before);
+  const itimerval often{.it_interval = {0, 1000}, .it_value = {0, 1000}};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  const auto deadline = steadyNow() + std::chrono::milliseconds(20);
+  sleepUntil(deadline);
+  EXPECT_GE(steadyNow(), deadline);
+  const itimerval never{};
+  ::setitimer(ITIMER_REAL, &never, nullptr);
+  ::sigaction(SIGALRM, &before, nullptr);
 }
 
 }  // namespace

@@ -60,7 +60,7 @@ Scenario::Scenario(const std::string& file) {
   std::ifstream input(file, std::ios::binary);
   for (std::string line; std::getline(input, line);) {
     const auto mark = line.substr(0, 3);
-    if (mark == "###" || mark == "===" || mark == "---" || mark == ">>>") {
+    if (mark == "###" || mark == "===" || mark == "---" || mark == "+++" || mark == ">>>") {
       steps.push_back({mark, line.substr(4), ""});
     } else {
       (steps.empty() ? about : steps.back().text) += withBytes(line) + "\n";
@@ -69,9 +69,10 @@ Scenario::Scenario(const std::string& file) {
 }
 
 void Scenario::play(const std::function<Sampler(const Pids&)>& start) const {
-  const KernelTree tree;
+  KernelTree tree;
   Sampler sample;
   std::uint64_t calls = 0;
+  std::chrono::milliseconds between(1);
   std::string remark;
   forgetNotices();
   testing::internal::CaptureStderr();
@@ -82,6 +83,8 @@ void Scenario::play(const std::function<Sampler(const Pids&)>& start) const {
     const Pids pids(std::istream_iterator<int>(words), {});
     if (step.mark == "###") {
       remark = step.target;
+    } else if (step.mark == "+++") {
+      between = std::chrono::milliseconds(std::stoi(step.target));
     } else if (step.mark != ">>>") {
       change(tree, step);
     } else if (what == "start") {
@@ -92,6 +95,7 @@ void Scenario::play(const std::function<Sampler(const Pids&)>& start) const {
     } else if (what == "reads") {
       EXPECT_EQ(std::to_string(calls) + "\n", step.text) << about << remark;
     } else {
+      tree.pass(std::exchange(between, std::chrono::milliseconds(1)));
       waitResult = what == "stop" ? 0 : ETIMEDOUT;
       const auto ownCalls = callsSince(readCalls());
       const auto before = readCalls();

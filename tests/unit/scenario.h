@@ -11,6 +11,7 @@
 ///     === /proc/file            the file's new content follows
 ///     === /sys/link -> target   a symbolic link
 ///     --- /sys/path             the file or folder vanishes
+///     +++ MS                    the next sample comes so many milliseconds after the last, not one
 ///     >>> start [PID...]        the monitor is made (for these processes), and told its period
 ///     >>> sample [PID...]       the next sample (of these processes); what it publishes follows
 ///     >>> stop                  the same, where the wait for the period's end says stop
