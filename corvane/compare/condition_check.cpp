@@ -26,7 +26,10 @@ void ConditionCheck::add(Sides::Side side, const runs::RunSummary& run) {
     }
     watched.named = watched.named || isNamedIn(run, watched.condition);
   }
-  if (figures_.empty() && !watched_.empty()) figures_ = figureNames(run);
+  if (watched_.empty() || seen_[side]) return;
+  seen_[side] = true;
+  const auto names = figureNames(run);
+  figures_.insert(figures_.end(), names.begin(), names.end());
 }
 
 std::vector<ConditionCheck::Outcome> ConditionCheck::outcomes() const {

@@ -33,5 +33,6 @@ class ConditionCheck {
     bool named = false;  // in any run
   };
   std::vector<Watched> watched_;
-  std::vector<std::string> figures_;  // of the first run, for a word on what was meant
+  std::vector<std::string> figures_;  // of each side's first run, for a word on what was meant
+  bool seen_[2] = {false, false};     // a run of the side
 };

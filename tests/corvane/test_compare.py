@@ -1,0 +1,121 @@
+"""What `corvane compare` says of sides of which it is known how they differ."""
+
+import json
+import random
+
+import pytest
+from conftest import write_rows
+
+MEM = "Time(usec) Total_Mem(KB) Available_Mem(KB) Used_Mem(KB) Mem_Usage(%)"
+PROC = "Time(usec) PID ProcessName UserTime SystemTime TotalTime CPU_Usage(%)"
+PROCMEM = "Time(usec) PID PPID ProcessName VSS(KB) PSS(KB) RSS(KB) USS(KB)"
+
+
+def make_run(folder, seed, samples=60, used=1000000, intruder=None, period=1):
+    """Memory around `used` KB, a steady process, and one that loads a core now and then."""
+    noise = random.Random(seed)
+    memory, usage, resident = [], [], []
+    for number in range(1, samples + 1):
+        time = f"{number * period * 1e6:.2f}"
+        now = int(used + noise.gauss(0, 10000))
+        memory.append([time, 4000000, 4000000 - now, now, f"{now / 40000:.3f}"])
+        processes = [(10, "steady", 20 + noise.gauss(0, 1), 5000)]
+        if intruder and number % 3 == 0:
+            processes.append((20, intruder, 90, 8000))
+        for pid, name, load, pss in processes:
+            usage.append([time, pid, name, "0.00", "0.00", "0.00", f"{load:.2f}"])
+            resident.append([time, pid, 1, name, 9999, pss, 9000, 100])
+        usage += [None, None]
+        resident += [None, None]
+    write_rows(folder, "memprofiler", MEM, memory)
+    write_rows(folder, "procprofiler", PROC, usage)
+    write_rows(folder, "procmem-profiler", PROCMEM, resident)
+    return folder
+
+
+def figures(corvane, *arguments, **options):
+    result = json.loads(corvane("compare", *arguments, "--json", **options).stdout)
+    return {(one["source"], one["entity"], one["metric"]): one for one in result["metrics"]}
+
+
+USED = ("mem", "", "Used_Mem")
+
+
+@pytest.mark.parametrize("runs", [1, 3, 5])
+def test_changes_are_named_and_nothing_else(corvane, tmp_path, runs):
+    for number in range(runs):
+        make_run(tmp_path / f"a{number}", number)
+    others = [make_run(tmp_path / f"b{number}", 90 + number, used=1040000, intruder="thief")
+              for number in range(runs)]
+    found = figures(corvane, "a*", "--with", *others)
+    changed = {key[:2] if key[1] else key: one["verdict"] for key, one in found.items()
+               if one["verdict"] in ("better", "worse")}
+    assert changed == {
+        USED: "worse",
+        ("mem", "", "Available_Mem"): "worse",
+        ("mem", "", "Mem_Usage"): "worse",
+        ("proc", "thief"): "worse",
+        ("procmem", "thief"): "worse",
+    }
+    used = found[USED]
+    assert used["difference"] == pytest.approx(used["new"] - used["base"])
+    assert used["percent"] == pytest.approx(4, abs=0.6)
+    assert used["low"] < 40000 < used["high"]
+    assert used["low"] > 30000 and used["high"] < 50000
+    assert found["proc", "thief", "CPU_Usage"]["new"] == pytest.approx(30)
+    assert found["proc", "thief", "CPU_Usage"]["percent"] is None
+    assert found["proc", "steady", "CPU_Usage"]["verdict"] == "same"
+
+
+def test_what_is_told(corvane, tmp_path):
+    base, other = make_run(tmp_path / "a", 1), make_run(tmp_path / "b", 2, used=1040000)
+    text = corvane("compare", base, "--with", other).stdout
+    told_figures = [line.split()[1] for line in text.splitlines() if line.endswith("worse")]
+    assert sorted(told_figures[:2]) == ["Mem_Usage", "Used_Mem"]  # the same change
+    assert told_figures[2:] == ["Available_Mem"]  # a smaller one
+    assert text.endswith("3 worse, 0 better, 3 the same, 0 with too little to tell\n")
+    assert max(map(len, text.splitlines())) <= 80
+    everything = corvane("compare", base, "--with", other, "--all").stdout
+    assert "proc steady" in everything and "proc steady" not in text
+    assert figures(corvane, base, "--with", other, "--at-least", "5%")[USED]["verdict"] == "same"
+    told = figures(corvane, base, "--with", other, "--more-is-better", "Used_Mem")
+    assert told[USED]["verdict"] == "better"
+
+
+def test_too_little_is_no_verdict(corvane, tmp_path):
+    base, other = (make_run(tmp_path / name, 1, samples=9, used=used)
+                   for name, used in (("a", 1000000), ("b", 2000000)))
+    used = figures(corvane, base, "--with", other)[USED]
+    assert (used["verdict"], used["low"], used["high"]) == ("inconclusive", None, None)
+
+
+def test_other_settings_are_said_first(corvane, tmp_path):
+    base, other = make_run(tmp_path / "a", 1), make_run(tmp_path / "b", 2, period=0.5)
+    for run, kernel in ((base, "6.1.0"), (other, "6.6.1")):
+        run.with_suffix(".run.json").write_text(json.dumps({"schema": 1, "host": {"kernel": kernel}}))
+    text = corvane("compare", base, "--with", other).stdout
+    assert "kernel: 6.1.0 against 6.6.1\n" in text
+    assert "period of mem: 1000 ms against 500 ms\n" in text
+
+
+@pytest.mark.parametrize("condition, status, said", [
+    ("memory.Used_Mem.p95 > +3%", 1, "'memory.Used_Mem.p95 > +3%' holds"),
+    ("mem.Used_Mem.mean > +5%", 0, ""),
+    ("mem.Used_Mem.mean > +30MB", 1, "holds"),
+    ("mem.Used_Mem.mean > +50MB", 0, ""),
+    ("mem.Available_Mem.min < -1%", 1, "holds"),
+    ("process:thief.pss.max > +7MB", 1, "holds: 0 -> 8000"),
+    ("process:thief.cpu.mean > +31points", 0, ""),
+    ("process:thief.cpu.mean > +29points", 1, "holds"),
+    ("process:teif.cpu.mean > +1%", 2, "did you mean process:thief.cpu?"),
+    ("mem.Used_Men.max > +1%", 2, "did you mean mem.Used_Mem?"),
+    ("mem.Used_Mem.p90 > +1%", 2, "no such figure"),
+    ("mem.Used_Mem.max > 1%", 2, "begins with + or -"),
+    ("mem.Used_Mem.max > +1bananas", 2, "unknown unit"),
+    ("mem.Used_Mem.max", 2, "no > or <"),
+])
+def test_conditions(corvane, tmp_path, condition, status, said):
+    base = make_run(tmp_path / "a", 1)
+    other = make_run(tmp_path / "b", 2, used=1040000, intruder="thief")
+    done = corvane("compare", base, "--with", other, "--fail-if", condition, status=status)
+    assert said in done.stderr and bool(said) == bool(done.stderr)
