@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::size_t nameWidth = 25;
+constexpr std::size_t nameWidth = 23;
 
 /// Four significant digits, never an exponent for what a profiler measures.
 std::string number(double value) {
@@ -55,7 +55,7 @@ std::string nameOfFigure(const FigureKey& key) {
 
 void addRow(std::string& text, const Compared& figure) {
   char row[256];
-  std::snprintf(row, sizeof row, "%-25s %9s %9s %-4s %8s %17s %.6s\n",
+  std::snprintf(row, sizeof row, "%-23s %9s %9s %-4s %7s %16s %.6s\n",
                 cut(nameOfFigure(figure.key)).c_str(), number(figure.base).c_str(),
                 number(figure.fresh).c_str(), figure.key.unit.c_str(), percentText(figure).c_str(),
                 intervalText(figure).c_str(),
@@ -115,7 +115,7 @@ std::string comparisonText(const Comparison& comparison, bool all) {
     });
   }
   if (!rows.empty()) {
-    text += "                               base       new        change     95 % interval\n";
+    text += "                             base       new       change    95 % interval\n";
     for (const auto* figure : rows)
       addRow(text, *figure);
     text += "\n";
