@@ -31,9 +31,10 @@ struct Place {
 Folders classDevices(const std::string&) {
   Folders folders;
   const std::string classes = "/sys/class/";
-  for (const auto& kind : listFolder(classes)) {
-    for (const auto& device : listFolder(classes + kind))
-      folders.push_back(classes + kind + "/" + device);
+  for (const auto& name : listFolder(classes)) {
+    const auto kind = classes + name + '/';
+    for (const auto& device : listFolder(kind))
+      folders.push_back(kind + device);
   }
   return folders;
 }
