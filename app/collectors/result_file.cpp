@@ -1,11 +1,13 @@
 #include "result_file.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,10 +16,22 @@
 #include "result_folder.h"
 #include "run_parameters.h"
 
+namespace {
+
+/// The lock is held as long as the file is open; nothing else is made of it, a later run goes on.
+void tellOtherRun(int fd) {
+  static std::atomic<bool> told{false};
+  if (::flock(fd, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK || told.exchange(true)) return;
+  warn("another run is writing into " + logFolder + ", too: each overwrites what the other writes");
+}
+
+}  // namespace
+
 ResultFile::ResultFile(std::string_view prefix)
     : path_(logFolder + "/" + std::string(prefix) + filename + ".txt"),
       fd_(openToWrite({path_, &runFolder()})) {
   if (fd_ < 0 && isRefusal(errno)) warn(path_ + " is not written: " + openingFault(errno));
+  if (fd_ >= 0) tellOtherRun(fd_);
 }
 
 ResultFile::~ResultFile() {

@@ -7,6 +7,7 @@ import signal
 import subprocess
 
 import pytest
+from conftest import wait_until
 
 SUMMARY = (
     "+" * 47 + "SUMMARY" + "+" * 48 + "\n\n"
@@ -108,6 +109,16 @@ def test_second_run_with_a_suffix_overwrites(profiler):
     exists = "Results_corvane exists.\n"
     assert exists + "Creating the log folder now.\n" + exists in run.out
     assert len(run.result("cpuprofiler").splitlines()) == 2
+
+
+def test_two_runs_at_once_with_a_suffix(profiler):
+    first = profiler.start("-o -r -s 60000 -t 0 -f x", "mem 2 1 1\nddr 1\n")
+    folder = profiler.folder / "Results_corvane/x"
+    wait_until(lambda: [path.read_text().count("\n") for path in folder.glob("*.txt")] == [2, 2])
+    second = profiler.run("-o -r -s 1 -f x", "mem repeat=5 2 1 1\nmem signal=2 2 1 1\nddr 1\n")
+    first.send_signal(signal.SIGINT)
+    assert re.fullmatch("corvane: another run is writing into Results_corvane/x, .*\n", second.err)
+    assert (second.status, second.out[-2:], profiler.finish(first).status) == (0, "+\n", 0)
 
 
 @pytest.mark.parametrize(
