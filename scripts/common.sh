@@ -16,6 +16,7 @@ declare -A packages=(
   [gcc]="g++-12"
   [arm64]="qemu-user"
   [packaging]="dpkg-dev file"
+  [faults]="strace"
   [bench]="mawk"
   [peers]="procps sysstat atop collectl smem"
   [plot]="gnuplot-nox"
