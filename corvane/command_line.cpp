@@ -5,9 +5,11 @@
 #include <functional>
 
 #include "compare.h"
+#include "convert.h"
 #include "message.h"
 #include "show.h"
 #include "suggestion.h"
+#include "trace.h"
 
 namespace {
 
@@ -78,6 +80,29 @@ void addCompare(CLI::App& app, CompareOptions& options, Chosen& chosen) {
   command->callback([&] { chosen.run = [&] { return compare(options); }; });
 }
 
+void addTrace(CLI::App& app, TraceOptions& options, Chosen& chosen) {
+  auto* const command = app.add_subcommand("trace", "A trace that trace viewers show in full");
+  addRunChoice(*command, options.choice);
+  command->add_option("-o,--output", options.output, "The trace; compressed where it ends in .gz")
+      ->type_name("FILE.json[.gz]")
+      ->required();
+  command->add_flag("--all", options.all, "Keep tracks that are zero throughout");
+  command->add_option("--max-mb", options.maxMb, "Widen the step until the trace is below N MB")
+      ->type_name("N");
+  command->callback([&] { chosen.run = [&] { return trace(options); }; });
+}
+
+void addConvert(CLI::App& app, ConvertOptions& options, Chosen& chosen) {
+  auto* const command = app.add_subcommand(
+      "convert", "What the profiler makes after a run, for runs that were cut off or copied");
+  command->add_option("RUN", options.run,
+                      "Run folder; the newest below ./Results_corvane unless named");
+  command->add_flag("--json", options.json, "ProfilerOutput.json in the run folder");
+  command->add_flag("--csv", options.csv, "A CSV file beside each result file");
+  command->add_flag("--summary", options.summary, "The summary on standard output");
+  command->callback([&] { chosen.run = [&] { return convert(options); }; });
+}
+
 /// The options of a command, or the subcommands where the word is no option.
 std::vector<std::string> candidates(const CLI::App& command, const std::string& word) {
   std::vector<std::string> names;
@@ -118,6 +143,10 @@ int runCommandLine(int argc, char** argv) {
   addShow(app, showOptions, chosen);
   CompareOptions compareOptions;
   addCompare(app, compareOptions, chosen);
+  TraceOptions traceOptions;
+  addTrace(app, traceOptions, chosen);
+  ConvertOptions convertOptions;
+  addConvert(app, convertOptions, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -16,3 +16,7 @@ std::filesystem::path chosenRun(const std::string& run) {
   }
   return folder;
 }
+
+runs::Selection selectionOf(const RunChoice& choice) {
+  return {.from = choice.from, .to = choice.to, .processes = choice.processes};
+}

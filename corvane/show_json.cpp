@@ -77,6 +77,6 @@ std::string showJson(const runs::RunSummary& run) {
                  {"metrics", metricsOf(run)},
                  {"processes", processesOf(run.processes, "pid")},
                  {"names", processesOf(run.names, "processes")}};
-  // Names may hold any bytes.
-  return all.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
+  // Names may hold any bytes, among them what a terminal would obey.
+  return all.dump(1, ' ', true, Json::error_handler_t::replace) + "\n";
 }

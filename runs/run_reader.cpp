@@ -159,8 +159,12 @@ void RunReader::read(RowVisitor& visitor, const Progress& progress) {
     std::uint64_t done = 0;
     for (const auto& each : files_)
       done += each.reader->bytesRead();
-    progress(bytes_ == 0 ? 1 : double(done) / double(bytes_));
+    if (!progress(bytes_ == 0 ? 1 : double(done) / double(bytes_))) return;
   }
+}
+
+bool RunReader::isEmpty() const {
+  return std::ranges::all_of(files_, [](const File& file) { return file.activity.samples == 0; });
 }
 
 std::vector<std::string> RunReader::notes() const {

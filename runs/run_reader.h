@@ -51,8 +51,8 @@ class RowVisitor {
   virtual void endSample(const Sample& /*sample*/) {}
 };
 
-/// Called now and then with the part that is done, 0 to 1.
-using Progress = std::function<void(double)>;
+/// Called after every sample with the part that is done, 0 to 1; whether to go on.
+using Progress = std::function<bool(double)>;
 
 /// Reads all result files of a run side by side, sample by sample in the order of time, on one
 /// axis: seconds since the run's start, by the counter's stamps where the run had them.
@@ -70,6 +70,8 @@ class RunReader {
   /// Gives the visitor every sample that is meant. Once.
   void read(RowVisitor& visitor, const Progress& progress = {});
 
+  /// Whether no sample has been given.
+  bool isEmpty() const;
   /// What could not be read, a sentence each.
   std::vector<std::string> notes() const;
 

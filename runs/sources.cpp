@@ -9,7 +9,7 @@ namespace runs {
 
 namespace {
 
-enum class Use { value, bytes, none };
+enum class Use { value, bytes, listed, none };
 
 /// What a header's field stands for, where the field does not say it all.
 struct ColumnRule {
@@ -39,10 +39,11 @@ constexpr std::array ddrColumns{
 // Memory's percentages are of this moment, not of a period.
 constexpr std::array memColumns{ColumnRule{"Mem_Usage(%)", "Mem_Usage", "%", Meaning::state},
                                 ColumnRule{"Swap_Used(%)", "Swap_Used", "%", Meaning::state}};
-constexpr std::array procColumns{ColumnRule{"UserTime", "UserTime", "s"},
-                                 ColumnRule{"SystemTime", "SystemTime", "s"},
-                                 ColumnRule{"TotalTime", "TotalTime", "s"},
-                                 ColumnRule{"CPU_Usage(%)", "CPU_Usage", "%", Meaning::ofPeriod}};
+constexpr std::array procColumns{
+    ColumnRule{"UserTime", "UserTime", "s", Meaning::state, "", Use::listed},
+    ColumnRule{"SystemTime", "SystemTime", "s", Meaning::state, "", Use::listed},
+    ColumnRule{"TotalTime", "TotalTime", "s", Meaning::state, "", Use::listed},
+    ColumnRule{"CPU_Usage(%)", "CPU_Usage", "%", Meaning::ofPeriod}};
 // The file's own rates are by the nominal period, and whole: the bytes tell more.
 constexpr std::array ioColumns{
     ColumnRule{"Bytes_read", "read", "MB/s", Meaning::ofPeriod, "disk", Use::bytes},
@@ -125,6 +126,7 @@ Column columnBy(const ColumnRule& rule) {
           .unit = std::string(rule.unit),
           .meaning = rule.meaning,
           .pair = std::string(rule.pair),
+          .drawn = rule.use != Use::listed,
           .bytes = rule.use == Use::bytes};
 }
 

@@ -24,7 +24,8 @@ struct Column {
   std::string metric;  // the file's column name without the unit in brackets, or the rate's name
   std::string unit;    // as shown: %, KB, MB/s, MHz, ...; empty: a count
   Meaning meaning = Meaning::state;
-  std::string pair;  // two columns of one pair are drawn together: "disk", "network"; empty: alone
+  std::string pair;   // two columns of one pair are drawn together: "disk", "network"; empty: alone
+  bool drawn = true;  // over time; times since a process began are not
   bool bytes = false;  // the file has bytes of the period: shown as MB/s over the real period
 };
 
