@@ -15,6 +15,8 @@ declare -A packages=(
   [sanitizers]="libclang-rt-19-dev"
   [gcc]="g++-12"
   [arm64]="qemu-user"
+  [kit]="xz-utils"
+  [vm]="qemu-system-arm cpio kmod xz-utils"
   [packaging]="dpkg-dev file"
   [faults]="strace"
   [bench]="mawk"
@@ -72,6 +74,34 @@ build_dir() {
   echo "$dir"
 }
 
+# arm64_packages FOLDER COMMAND...: runs an apt command on AArch64 packages. Package lists, in FOLDER,
+# and the state of the machine's own packages have nothing to do with each other.
+arm64_packages() {
+  local work=$1 command=$2
+  shift 2
+  if [[ ! -e $work/status ]]; then
+    mkdir -p "$work"/{lists,archives}/partial
+    : >"$work/status"
+    arm64_packages "$work" apt-get update >&2 || say "going on with the package lists that could be had"
+  fi
+  "$command" -qq -o APT::Architecture=arm64 -o APT::Architectures::=arm64 -o Dir::State="$work" \
+    -o Dir::State::status="$work/status" -o Dir::Cache="$work" -o APT::Sandbox::User= \
+    -o Acquire::Languages=none "$@"
+}
+
+# unpack_arm64 FOLDER PACKAGE...: below FOLDER, not installed.
+unpack_arm64() {
+  local into=$1 package
+  shift
+  (
+    cd "$into/download/archives"
+    arm64_packages "$into/download" apt-get download "$@" >&2
+    for package in *.deb; do
+      dpkg -x "$package" "$into"
+    done
+  )
+}
+
 # What root builds in another's checkout must not lock its owner out.
 hand_back() {
   if ((EUID == 0)) && [[ -d $root/build && ! -O $root ]]; then
@@ -88,6 +118,11 @@ prepare() {
     linux-arm64*)
       need build arm64
       settings=(-D "CORVANE_SYSROOT=$("$root/scripts/sysroot-arm64")")
+      ;;
+    android-arm64*)
+      ANDROID_NDK_HOME=$("$root/scripts/android-kit") || exit
+      export ANDROID_NDK_HOME
+      need build arm64
       ;;
     *) need build ;;
   esac

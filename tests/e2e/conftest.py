@@ -15,6 +15,9 @@ FIXTURES = Path(__file__).resolve().parent.parent / "fixtures"
 BUILD = Path(os.environ["CORVANE_BUILD"])
 RUNNER = shlex.split(os.environ.get("CORVANE_RUNNER", ""))  # an emulator, for another processor
 PROGRAM = [*RUNNER, str(BUILD / "profiler_app")]
+# A static build has a second program with the scripted library in it.
+STATIC = (BUILD / "scripted/profiler_app").exists()
+SCRIPTED_PROGRAM = [*RUNNER, str(BUILD / "scripted/profiler_app")] if STATIC else PROGRAM
 
 
 def wait_until(condition):
@@ -48,6 +51,7 @@ class Profiler:
 
     def start(self, options, script="", scripted=True, before=(), args_after=(), **popen):
         environment = dict(os.environ, TZ="UTC")
+        program = SCRIPTED_PROGRAM if scripted else PROGRAM
         if scripted:
             (self.folder / "script").write_text(script)
             environment |= {
@@ -58,7 +62,7 @@ class Profiler:
         environment |= popen.pop("env", {})
         popen = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "bufsize": 0} | popen
         process = subprocess.Popen(
-            [*before, *popen.pop("program", PROGRAM), *options.split(), *args_after],
+            [*before, *popen.pop("program", program), *options.split(), *args_after],
             cwd=self.folder, env=environment, **popen,
         )
         self.processes.append(process)

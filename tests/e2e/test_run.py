@@ -7,7 +7,7 @@ import signal
 import subprocess
 
 import pytest
-from conftest import wait_until
+from conftest import RUNNER, wait_until
 
 SUMMARY = (
     "+" * 47 + "SUMMARY" + "+" * 48 + "\n\n"
@@ -210,7 +210,8 @@ def test_results_removed_in_mid_run(profiler, command):
 def test_signal_storm_lasts_into_the_conversions(profiler):
     folder = profiler.folder / "Results_corvane/x"
     folder.mkdir(parents=True)
-    (folder / "cpuprofiler_earlier.txt").write_text("t a b c\n" + "1 2 3 4\n" * 300_000)
+    rows = 30_000 if RUNNER else 300_000
+    (folder / "cpuprofiler_earlier.txt").write_text("t a b c\n" + "1 2 3 4\n" * rows)
     process = profiler.start("-c -A 1 --json --csv -t 0 -f x", "cpu 1\n" * 99999)
     while b"Started all threads" not in process.stdout.readline():
         pass
@@ -219,9 +220,9 @@ def test_signal_storm_lasts_into_the_conversions(profiler):
         process.send_signal(signal.Signals([2, 15, 6, 14][sent % 4]))
         sent += 1
     run = profiler.finish(process)
-    assert sent > 10_000
+    assert sent > rows / 30
     assert (folder / "ProfilerOutput.json").read_text().endswith("]}\n")
-    assert (folder / "cpuprofiler_earlier.csv").read_text().count("\n") == 300_001
+    assert (folder / "cpuprofiler_earlier.csv").read_text().count("\n") == rows + 1
     assert (run.status, run.out[-2:]) == (0, "+\n")
 
 
@@ -238,7 +239,7 @@ def test_wall_clock_set_in_mid_run(profiler, seconds):
 def test_day_of_samples_does_not_grow(profiler):
     """86,400 samples at full speed; the peak of memory is that of a short run."""
     peaks = []
-    for samples in (864, 86400):
+    for samples in (864, 8640 if RUNNER else 86400):  # an emulator is slow
         script = f"cpu repeat={samples} 1 2 3\ncpu signal=2\n"
         process = profiler.start("-c -s 0 -t 0 -f x", script, env={"CORVANE_CALLS": "/dev/null"},
                                  stdout=subprocess.DEVNULL)  # fmt: skip

@@ -50,6 +50,7 @@ def test_deb_holds_the_manual(installed):
     assert (installed / "share/doc/corvane/LICENSE").exists()
 
 
+@pytest.mark.skipif(os.environ["CORVANE_ARCHIVE"] == "none", reason="the Debian package alone")
 def test_archive_is_one_file_that_needs_no_other(tmp_path):
     output("tar", "-xf", os.environ["CORVANE_ARCHIVE"], "-C", tmp_path, "--strip-components=1")
     program = tmp_path / "bin/profiler_app"
