@@ -11,6 +11,7 @@
 class Folder {
  public:
   /// The folder at this path, links followed.
+  // NOLINTNEXTLINE(google-explicit-constructor): a path is how callers know a folder
   Folder(std::string path);
   /// Takes `descriptor`, the open folder at this path, or -1 with errno saying why there is none:
   /// whatever is asked of it then fails for that reason. What lies above it is looked for in
@@ -45,6 +46,7 @@ int openFolder(int where, const char* path, int flags = 0);
 
 /// A file by its path, which is looked for in the held folder that it begins with, if in any.
 struct FilePath {
+  // NOLINTNEXTLINE(google-explicit-constructor): a path is how callers know a file
   FilePath(std::convertible_to<std::string> auto&& text)
       : path(std::forward<decltype(text)>(text)) {}
   FilePath(std::string text, const Folder* folder) : path(std::move(text)), in(folder) {}
