@@ -7,6 +7,7 @@
 #include "compare.h"
 #include "convert.h"
 #include "message.h"
+#include "report.h"
 #include "show.h"
 #include "suggestion.h"
 #include "trace.h"
@@ -103,6 +104,19 @@ void addConvert(CLI::App& app, ConvertOptions& options, Chosen& chosen) {
   command->callback([&] { chosen.run = [&] { return convert(options); }; });
 }
 
+void addReport(CLI::App& app, ReportOptions& options, Chosen& chosen) {
+  auto* const command = app.add_subcommand(
+      "report", "A page to look at, of a run or of several over each other, in one file");
+  command->add_option("RUN", options.runs,
+                      "Run folders; the newest below ./Results_corvane unless named");
+  addSelection(*command, options.choice);
+  command
+      ->add_option("-o,--output", options.output,
+                   "The page; unless named, the first run's name with .html, here")
+      ->type_name("FILE");
+  command->callback([&] { chosen.run = [&] { return report(options); }; });
+}
+
 /// The options of a command, or the subcommands where the word is no option.
 std::vector<std::string> candidates(const CLI::App& command, const std::string& word) {
   std::vector<std::string> names;
@@ -147,6 +161,8 @@ int runCommandLine(int argc, char** argv) {
   addTrace(app, traceOptions, chosen);
   ConvertOptions convertOptions;
   addConvert(app, convertOptions, chosen);
+  ReportOptions reportOptions;
+  addReport(app, reportOptions, chosen);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

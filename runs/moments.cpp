@@ -7,20 +7,27 @@ namespace runs {
 
 namespace {
 
-void addUse(std::vector<Moments::Use>& stretch, Moments::Use use) {
-  const auto same = std::ranges::find_if(stretch, [&](const Moments::Use& there) {
+void addUse(std::vector<Moments::Use>& uses, Moments::Use use) {
+  const auto same = std::ranges::find_if(uses, [&](const Moments::Use& there) {
     return there.pid == use.pid && there.name == use.name;
   });
-  if (same == stretch.end()) {
-    stretch.push_back(std::move(use));
+  if (same == uses.end()) {
+    uses.push_back(std::move(use));
   } else {
     same->cpuSeconds += use.cpuSeconds;
   }
 }
 
-void keepMost(std::vector<Moments::Use>& stretch) {
-  std::ranges::stable_sort(stretch, std::greater{}, &Moments::Use::cpuSeconds);
-  if (stretch.size() > Moments::kept) stretch.resize(Moments::kept);
+void keepMost(Moments::Stretch& stretch) {
+  std::ranges::stable_sort(stretch.uses, std::greater{}, &Moments::Use::cpuSeconds);
+  if (stretch.uses.size() > Moments::kept) stretch.uses.resize(Moments::kept);
+}
+
+void addTo(Moments::Stretch& stretch, Moments::Stretch&& later) {
+  stretch.end = std::max(stretch.end, later.end);
+  stretch.seconds += later.seconds;
+  for (auto& use : later.uses)
+    addUse(stretch.uses, std::move(use));
 }
 
 }  // namespace
@@ -36,15 +43,17 @@ void Moments::candidate(const Candidate& process) {
   sample_.insert(behind, process);
 }
 
-void Moments::endSample(double time) {
+void Moments::endSample(double time, double period) {
   const auto microseconds = std::int64_t(std::clamp(time, 0.0, 1e12) * 1e6 + 0.5);
   if (stretches_.empty()) first_ = microseconds >> shift_;
   while ((microseconds >> shift_) - first_ >= std::int64_t(capacity))
     halve();
   const auto place = std::size_t(std::max<std::int64_t>(0, (microseconds >> shift_) - first_));
   if (place >= stretches_.size()) stretches_.resize(place + 1);
+  Stretch sample{.end = time, .seconds = period, .uses = {}};
   for (const auto& process : sample_)
-    addUse(stretches_[place], {process.pid, std::string(process.name), process.cpuSeconds});
+    sample.uses.push_back({process.pid, std::string(process.name), process.cpuSeconds});
+  addTo(stretches_[place], std::move(sample));
   keepMost(stretches_[place]);
   sample_.clear();
 }
@@ -52,12 +61,9 @@ void Moments::endSample(double time) {
 /// Doubles the width.
 void Moments::halve() {
   const bool odd = (first_ & 1) != 0;
-  std::vector<std::vector<Use>> wider((stretches_.size() + (odd ? 2 : 1)) / 2);
-  for (std::size_t i = 0; i < stretches_.size(); ++i) {
-    auto& to = wider[(i + (odd ? 1 : 0)) / 2];
-    for (auto& use : stretches_[i])
-      addUse(to, std::move(use));
-  }
+  std::vector<Stretch> wider((stretches_.size() + (odd ? 2 : 1)) / 2);
+  for (std::size_t i = 0; i < stretches_.size(); ++i)
+    addTo(wider[(i + (odd ? 1 : 0)) / 2], std::move(stretches_[i]));
   std::ranges::for_each(wider, keepMost);
   stretches_ = std::move(wider);
   first_ >>= 1;

@@ -21,6 +21,11 @@ class Moments {
     std::string name;
     double cpuSeconds;  // in the stretch
   };
+  struct Stretch {
+    double end = 0;         // of its last sample, seconds of the run
+    double seconds = 0;     // of all its samples together; 0: no sample
+    std::vector<Use> uses;  // most first
+  };
   /// What a sample says of one process.
   struct Candidate {
     int pid;
@@ -30,13 +35,11 @@ class Moments {
 
   /// A process of the sample that is being read.
   void candidate(const Candidate& process);
-  /// The end of the sample, which is not earlier than the one before.
-  void endSample(double time);
+  /// The end of a sample of so many seconds, which is not earlier than the one before.
+  void endSample(double time, double period);
 
   double stretchSeconds() const { return double(std::int64_t{1} << shift_) / 1e6; }
-  double firstStretch() const { return double(first_ << shift_) / 1e6; }
-  /// Most use first; empty where there is no sample or nothing ran.
-  const std::vector<std::vector<Use>>& stretches() const { return stretches_; }
+  const std::vector<Stretch>& stretches() const { return stretches_; }
 
  private:
   void halve();
@@ -44,7 +47,7 @@ class Moments {
   unsigned shift_ = 0;
   std::int64_t first_ = 0;
   std::vector<Candidate> sample_;
-  std::vector<std::vector<Use>> stretches_;
+  std::vector<Stretch> stretches_;
 };
 
 }  // namespace runs

@@ -148,7 +148,7 @@ void ProcessTracker::endSample(const Sample& sample) {
   const auto which = listingOf(sample);
   auto& listing = listings_[which];
   sumNames(listing, which);
-  if (which == cpuListing && followMoments_) moments.endSample(sample.time);
+  if (which == cpuListing && followMoments_) moments.endSample(sample.time, sample.period);
   for (const auto index : listing.order.before) {
     const auto& entry = table_[index];
     const auto last = entry.sample[which];

@@ -11,7 +11,7 @@ export PYTHONDONTWRITEBYTECODE=1
 # The one list of packages, by what they are needed for.
 declare -A packages=(
   [build]="clang-19 libc++-19-dev libc++abi-19-dev lld-19 cmake ninja-build
-           libcli11-dev nlohmann-json3-dev zlib1g-dev googletest python3 python3-pytest"
+           libcli11-dev libjs-dygraphs nlohmann-json3-dev zlib1g-dev googletest python3 python3-pytest"
   [sanitizers]="libclang-rt-19-dev"
   [gcc]="g++-12"
   [arm64]="qemu-user"
@@ -21,7 +21,7 @@ declare -A packages=(
   [faults]="strace"
   [bench]="mawk"
   [peers]="procps sysstat atop collectl smem"
-  [plot]="gnuplot-nox"
+  [browser]="chromium chromium-driver python3-selenium"
   [lint]="clang-format-19 clang-tidy-19 shellcheck"
 )
 

@@ -1,0 +1,234 @@
+// One panel with lines: title, legend with the values at the moment, and the plot. The axes and the
+// grid are dygraphs'; the lines are drawn through its plug-in hook straight from the arrays.
+//
+// A panel: {id, title, unit, factor, lines, ceiling, idle, heat}
+// A line:  {label, series, colour, dash, owner, hidden}
+
+const plotHeight = 132;
+const axisWidth = 52;
+
+class Chart {
+  constructor(panel, timeline, clock, marks) {
+    Object.assign(this, {panel, timeline, clock, marks, graph: null, visible: false});
+    this.note = make('span', {class: 'note',
+      title: 'The line is the mean of each stretch of time, the band goes from its least to its largest sample.'});
+    this.legend = make('div', {class: 'legend'});
+    this.plot = make('div', {class: 'plot'});
+    this.cursor = make('div', {class: 'cursor', hidden: true});
+    this.frame = make('div', {class: 'frame'}, this.plot, this.cursor);
+    this.heat = panel.heat && panel.heat.length ? new Heat(panel.heat, timeline) : null;
+    if (this.heat) this.frame.append(this.heat.element);
+    const heading = make('h3', {}, panel.title, make('span', {class: 'unit'}, panel.unit));
+    this.element = make('section', {class: 'panel', id: panel.id, 'aria-label': panel.title},
+      make('header', {}, heading, this.note, this.legend), this.frame);
+    if (panel.idle && panel.idle.length) this.element.append(idleList(panel.idle));
+    followPointer(this.frame, timeline, () => this.area());
+    this.setLines(panel.lines);
+  }
+
+  setLines(lines) {
+    this.lines = lines;
+    this.legend.replaceChildren(...lines.map((line) => this.entryOf(line)));
+    if (this.visible) this.draw();
+  }
+
+  entryOf(line) {
+    line.value = make('span', {class: 'value'});
+    const entry = make('button', {type: 'button', class: 'entry', 'aria-pressed': 'true',
+      title: `${line.label}: show or hide`}, swatch(line.colour), make('span', {class: 'label'}, line.label), line.value);
+    if (line.dash) entry.firstChild.classList.add('dashed');
+    entry.addEventListener('click', () => {
+      line.hidden = !line.hidden;
+      entry.setAttribute('aria-pressed', String(!line.hidden));
+      this.draw();
+    });
+    return entry;
+  }
+
+  area() {
+    return {left: axisWidth, width: Math.max(1, this.frame.clientWidth - axisWidth - 1)};
+  }
+
+  draw() {
+    const {from, to} = this.timeline;
+    const options = {
+      dateWindow: [from, to],
+      valueRange: this.range(from, to),
+      ...colourOptions(),
+    };
+    if (this.graph) {
+      this.graph.updateOptions(options);
+    } else {
+      this.graph = new Dygraph(this.plot, [[this.timeline.first, 0], [this.timeline.last, 0]],
+        {...this.fixedOptions(), ...options});
+    }
+    if (this.heat) this.heat.draw();
+    this.tellDetail(from, to);
+    this.drawMoment();
+    Object.assign(this.element.dataset, {drawn: 'true', from, to});
+  }
+
+  fixedOptions() {
+    return {
+      labels: ['time', 'axes'],
+      plotter: () => {},
+      plugins: [{activate: () => ({willDrawChart: (event) => this.drawLines(event.dygraph, event.drawingContext)})}],
+      interactionModel: {},
+      legend: 'never',
+      highlightCircleSize: 0,
+      rightGap: 1,
+      xRangePad: 0,
+      axes: {
+        x: {
+          axisLabelFormatter: (value) => String(value),
+          ticker: (from, to, pixels) => timeTicks(from, to, Math.max(2, pixels / 90), this.clock),
+          axisLabelWidth: 80,
+        },
+        y: {
+          axisLabelFormatter: (value) => axisNumber(value),
+          axisLabelWidth: axisWidth - 6,
+          pixelsPerLabel: 24,
+        },
+      },
+      axisTickSize: 3,
+      axisLabelFontSize: 11,
+    };
+  }
+
+  range(from, to) {
+    const shown = this.lines.filter((line) => !line.hidden && line.series);
+    const largest = Math.max(0, ...shown.map((line) => line.series.largest(from, to))) * this.panel.factor;
+    const least = Math.min(0, ...shown.map((line) => line.series.least(from, to))) * this.panel.factor;
+    const ceiling = this.panel.ceiling;
+    if (ceiling && largest <= ceiling) return [least * 1.05, ceiling * 1.04];
+    return [least * 1.05, largest * 1.06 || 1];
+  }
+
+  drawLines(graph, context) {
+    const {x, y, w, h} = graph.getArea();
+    const [bottom, top] = graph.yAxisRange(0);
+    const {from, to} = this.timeline;
+    const scale = {
+      from, to,
+      x: (time) => x + ((time - from) / (to - from)) * w,
+      y: (value) => y + h - ((value * this.panel.factor - bottom) / (top - bottom)) * h,
+      perPixel: (to - from) / w,
+    };
+    context.save();
+    context.beginPath();
+    context.rect(x, y - 1, w, h + 2);
+    context.clip();
+    drawMarks(context, this.marks, scale, y, h);
+    for (const line of this.lines) {
+      if (!line.hidden && line.series) drawSeries(context, line.series, scale, lineColour(line.colour), line.dash);
+    }
+    context.restore();
+  }
+
+  /// Says whether what is seen are the samples themselves.
+  tellDetail(from, to) {
+    const coarse = this.lines.filter((line) => line.series && !line.series.exact && !line.hidden);
+    const text = coarse.length ? `min–max per ${duration(Math.max(...coarse.map((line) => line.series.step)))}` : '';
+    setText(this.note, text);
+  }
+
+  drawMoment() {
+    const {moment, from, to} = this.timeline;
+    const within = moment !== null && moment >= from && moment <= to;
+    this.cursor.hidden = !within;
+    this.cursor.classList.toggle('pinned', this.timeline.pinned);
+    if (within) {
+      const {left, width} = this.area();
+      this.cursor.style.transform = `translateX(${left + ((moment - from) / (to - from)) * width}px)`;
+    }
+    for (const line of this.lines) setText(line.value, within ? this.valueAt(line.series, moment) : '');
+  }
+
+  valueAt(series, moment) {
+    const place = series ? series.at(moment) : -1;
+    if (place < 0) return none;
+    const {factor} = this.panel;
+    const high = figure(series.high[place] * factor);
+    const low = figure(series.low[place] * factor);
+    return series.exact || high === low ? high : `${low}…${high}`;
+  }
+
+  resize() {
+    if (this.graph) this.graph.resize();
+    this.draw();
+  }
+}
+
+/// What was said during the recording; its words stand in the strip above.
+function drawMarks(context, marks, scale, top, height) {
+  context.fillStyle = palette.quiet;
+  for (const [moment] of marks) context.fillRect(Math.round(scale.x(moment)), top, 1, height);
+}
+
+function axisNumber(value) {
+  const size = Math.abs(value);
+  return fixed(value, size === 0 || size >= 10 ? 0 : Number.isInteger(value) ? 0 : size >= 1 ? 1 : 2);
+}
+
+function idleList(names) {
+  if (names.length < 4) return make('p', {class: 'idle note'}, `Without any traffic: ${names.join(', ')}`);
+  return make('details', {class: 'idle'},
+    make('summary', {}, `${names.length} without any traffic`), make('p', {}, names.join(', ')));
+}
+
+/// A band from the least to the largest, where there is one, and the line over it: steps for what
+/// belongs to the time before a sample, straight from sample to sample for a state.
+function drawSeries(context, series, scale, colour, dash) {
+  const start = Math.max(0, series.place(scale.from) - 1);
+  const end = Math.min(series.length, series.place(scale.to) + 2);
+  if (!series.exact) drawBand(context, series, scale, colour, start, end);
+  context.strokeStyle = colour;
+  context.fillStyle = colour;
+  context.globalAlpha = 1;
+  context.lineWidth = 1.4;
+  context.lineJoin = 'round';
+  context.setLineDash(dash || []);
+  context.beginPath();
+  const stepped = series.meaning !== 'state';
+  for (let i = start; i < end; i++) {
+    const y = scale.y(series.mid[i]);
+    const x = scale.x(series.time[i]);
+    const left = scale.x(series.begin(i));
+    if (i === start || series.startsAnew(i)) context.moveTo(stepped ? left : x, y);
+    else if (stepped) context.lineTo(left, y);
+    context.lineTo(x, y);
+  }
+  context.stroke();
+  context.setLineDash([]);
+  if (series.exact && !stepped) drawSamples(context, series, scale, start, end);
+}
+
+/// On whole pixels, so that a stretch narrower than one is as plain to see as a wide one.
+function drawBand(context, series, scale, colour, start, end) {
+  context.fillStyle = colour;
+  context.globalAlpha = 0.32;
+  context.beginPath();
+  for (let i = start; i < end; i++) {
+    const left = Math.floor(scale.x(series.begin(i)));
+    const right = Math.max(left + 1, Math.floor(scale.x(series.time[i])));
+    const top = scale.y(series.high[i]);
+    context.rect(left, top, right - left, Math.max(scale.y(series.low[i]) - top, 0.5));
+  }
+  context.fill();
+}
+
+/// Dots where there is room to tell the samples of a state apart, and for those that stand alone.
+function drawSamples(context, series, scale, start, end) {
+  const spread = end - start > 1
+    ? (series.time[end - 1] - series.time[start]) / (end - start - 1) / scale.perPixel : Infinity;
+  context.beginPath();
+  for (let i = start; i < end; i++) {
+    const alone = series.startsAnew(i) && (i + 1 === series.length || series.startsAnew(i + 1));
+    if (!alone && spread < 14) continue;
+    const x = scale.x(series.time[i]);
+    const y = scale.y(series.mid[i]);
+    context.moveTo(x + 2, y);
+    context.arc(x, y, 2, 0, 2 * Math.PI);
+  }
+  context.fill();
+}

@@ -1,0 +1,49 @@
+// Colours for the canvases, as the style sheet has them for the theme in use.
+
+let palette = null;
+
+function readColours() {
+  const style = getComputedStyle(document.documentElement);
+  const colour = (name) => style.getPropertyValue(name).trim();
+  palette = {
+    lines: Array.from({length: 8}, (_, number) => colour(`--line-${number}`)),
+    heat: Array.from({length: 5}, (_, number) => rgbOf(colour(`--heat-${number}`))),
+    axis: colour('--axis'),
+    grid: colour('--grid'),
+    quiet: colour('--quiet'),
+  };
+}
+
+function rgbOf(hex) {
+  return [1, 3, 5].map((at) => parseInt(hex.slice(at, at + 2), 16));
+}
+
+function lineColour(number) {
+  return palette.lines[number % palette.lines.length];
+}
+
+function colourOptions() {
+  return {axisLineColor: palette.axis, gridLineColor: palette.grid};
+}
+
+/// 0 to 1 as one of 256 shades, from one end of the heat scale to the other.
+function heatShades() {
+  const last = palette.heat.length - 1;
+  return Array.from({length: 256}, (_, shade) => {
+    const place = (shade / 255) * last;
+    const low = Math.min(last - 1, Math.floor(place));
+    return palette.heat[low].map((part, i) =>
+      Math.round(part + (palette.heat[low + 1][i] - part) * (place - low)));
+  });
+}
+
+/// Calls the function when the browser changes between light and dark, and around printing, which
+/// is always light.
+function onThemeChange(action) {
+  const renew = () => {
+    readColours();
+    action();
+  };
+  matchMedia('(prefers-color-scheme: dark)').addEventListener('change', renew);
+  matchMedia('print').addEventListener('change', renew);
+}

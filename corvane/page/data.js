@@ -1,0 +1,117 @@
+// The run's data: the head is JSON, the samples are arrays of numbers in one base64 text.
+
+const arrayTypes = {f32: Float32Array, f64: Float64Array, u32: Uint32Array};
+
+function readPage() {
+  const head = JSON.parse(document.getElementById('head').textContent);
+  const text = atob(document.getElementById('samples').textContent.trim());
+  const bytes = new Uint8Array(text.length);
+  for (let i = 0; i < text.length; i++) bytes[i] = text.charCodeAt(i);
+  const arrays = new Map();
+  head.arrayOf = ([at, count, type]) => {
+    const key = `${at} ${count}`;
+    if (!arrays.has(key)) arrays.set(key, new arrayTypes[type](bytes.buffer, at, count));
+    return arrays.get(key);
+  };
+  return head;
+}
+
+/// A series of samples, or of buckets with the least, mean and largest of their samples.
+/// `time[i]` is the end of what a value stands for, `begin(i)` where that begins: at the same
+/// moment for a state, a period or a bucket earlier for all else.
+class Series {
+  constructor(packed, arrayOf, meaning) {
+    this.exact = !packed.step;
+    this.step = packed.step || 0;
+    this.meaning = meaning;
+    this.high = arrayOf(packed.high);
+    this.low = packed.low ? arrayOf(packed.low) : this.high;
+    this.mid = packed.mean ? arrayOf(packed.mean) : this.high;
+    this.time = packed.time ? arrayOf(packed.time)
+      : Float64Array.from(this.high, (_, i) => packed.from + (i + 1) * packed.step);
+    this.usual = this.exact ? middleStep(this.time) : this.step;
+    this.pause = (this.exact ? 3.5 : 1.5) * this.usual;
+  }
+
+  get length() {
+    return this.time.length;
+  }
+
+  begin(i) {
+    if (!this.exact) return this.time[i] - this.step;
+    if (this.meaning === 'state') return this.time[i];
+    return this.startsAnew(i) ? this.time[i] - this.usual : this.time[i - 1];
+  }
+
+  /// Whether samples are missing right before this one.
+  startsAnew(i) {
+    return i === 0 || this.time[i] - this.time[i - 1] > this.pause;
+  }
+
+  /// The first place whose time is not before the moment.
+  place(moment) {
+    let low = 0;
+    let high = this.length;
+    while (low < high) {
+      const middle = (low + high) >> 1;
+      if (this.time[middle] < moment) low = middle + 1;
+      else high = middle;
+    }
+    return low;
+  }
+
+  /// The place of the value that holds at the moment, or -1.
+  at(moment) {
+    const next = this.place(moment);
+    if (this.exact && this.meaning === 'state') return this.nearest(moment, next);
+    if (next === this.length) return this.exact && this.nearest(moment, next) === next - 1 ? next - 1 : -1;
+    if (!this.exact) return this.begin(next) <= moment ? next : -1;
+    return this.startsAnew(next) && this.time[next] - moment > this.pause / 2 ? -1 : next;
+  }
+
+  nearest(moment, next) {
+    const before = next > 0 ? moment - this.time[next - 1] : Infinity;
+    const after = next < this.length ? this.time[next] - moment : Infinity;
+    if (Math.min(before, after) > this.pause / 2) return -1;
+    return before <= after ? next - 1 : next;
+  }
+
+  largest(from, to) {
+    let largest = 0;
+    const end = Math.min(this.length, this.place(to) + 1);
+    for (let i = this.place(from); i < end; i++) if (this.high[i] > largest) largest = this.high[i];
+    return largest;
+  }
+
+  least(from, to) {
+    let least = 0;
+    const end = Math.min(this.length, this.place(to) + 1);
+    for (let i = this.place(from); i < end; i++) if (this.low[i] < least) least = this.low[i];
+    return least;
+  }
+}
+
+function middleStep(times) {
+  if (times.length < 2) return 1;
+  const steps = [];
+  const stride = Math.max(1, Math.floor(times.length / 64));
+  for (let i = 1; i < times.length; i += stride) steps.push(times[i] - times[i - 1]);
+  return steps.sort((a, b) => a - b)[steps.length >> 1];
+}
+
+/// Puts series in place of their packed form, once each is asked for.
+function unpackRun(run, arrayOf) {
+  const lazily = (packed, meaning) => {
+    let series;
+    return () => (series ??= packed ? new Series(packed, arrayOf, meaning) : null);
+  };
+  run.metrics.forEach((metric) => { metric.series = lazily(metric.series, metric.meaning); });
+  for (const process of [...run.processes, ...run.names]) {
+    process.run = run;
+    process.cpu = lazily(process.cpu, 'ofPeriod');
+    process.pss = lazily(process.pss, 'state');
+  }
+  const {moments} = run;
+  for (const name of ['end', 'first', 'who', 'share']) moments[name] = arrayOf(moments[name]);
+  return run;
+}

@@ -1,0 +1,36 @@
+// How the page makes elements. Text goes in as text, never as markup: names come from strangers.
+
+/// make('td', {class: 'number', onclick: f}, 'text', element, ...)
+function make(tag, attributes = {}, ...children) {
+  const element = document.createElement(tag);
+  for (const [name, value] of Object.entries(attributes)) {
+    if (name.startsWith('on')) element.addEventListener(name.slice(2), value);
+    else if (value !== null && value !== false) element.setAttribute(name, value === true ? '' : value);
+  }
+  element.append(...children.flat().filter((child) => child !== null && child !== undefined));
+  return element;
+}
+
+function setText(element, text) {
+  if (element.textContent !== text) element.textContent = text;
+}
+
+/// A patch in the colour of a line; `colour` is a number of the palette.
+function swatch(colour) {
+  const patch = make('span', {class: 'swatch', 'aria-hidden': 'true'});
+  patch.style.setProperty('background', `var(--line-${colour})`);
+  return patch;
+}
+
+/// Runs the function once before the next picture, however often it is asked for.
+function perFrame(action) {
+  let asked = false;
+  return () => {
+    if (asked) return;
+    asked = true;
+    requestAnimationFrame(() => {
+      asked = false;
+      action();
+    });
+  };
+}

@@ -1,0 +1,135 @@
+// Puts the page together. Panels are drawn when they come into view.
+
+function start() {
+  readColours();
+  Dygraph.PLUGINS = [Dygraph.Plugins.Grid, Dygraph.Plugins.Axes];
+  const page = readPage();
+  const runs = page.runs.map((run, number) => {
+    run.number = number;
+    run.colour = (run.side ?? number) % 8;
+    unpackRun(run, page.arrayOf);
+    return run;
+  });
+  const clock = makeClock(runs.length === 1 ? runs[0].run.start : null);
+  const {first, last} = endsOf(runs);
+  const timeline = makeTimeline(first, last);
+  const marks = runs.flatMap((run) => run.about.marks);
+  const drawn = new Drawn(runs);
+  const {panels, quiet} = panelsOf(runs, drawn);
+  const charts = panels.map((panel) => new Chart(panel, timeline, clock, marks));
+  const moment = new Moment(runs, timeline, clock, drawn);
+  const overview = new Overview(timeline, clock, overviewLines(runs), marks);
+  const given = page.tables.map(givenTable);
+
+  document.body.replaceChildren(
+    make('div', {class: 'page'}, headOf(runs, clock),
+      ...given.map((table) => table.element),
+      runs.length === 1 ? tilesOf(runs[0]) : null,
+      recordingOf(runs), overview.element,
+      make('div', {class: 'body'},
+        make('main', {}, charts.map((chart) => chart.element), quietNote(quiet)), moment.element),
+      make('div', {class: 'tables'}, [...processTables(runs, drawn, clock), figuresTable(runs)].map((table) => table.element)),
+      footOf(page)));
+
+  const redraw = () => {
+    charts.filter((chart) => chart.visible).forEach((chart) => chart.draw());
+    moment.draw();
+  };
+  connect(timeline, charts, overview, moment);
+  drawn.listeners.push(() => {
+    charts.filter(({panel}) => panel.processes).forEach((chart) => chart.setLines(drawn.lines(chart.panel.processes)));
+    moment.draw();
+  });
+  followKeys(timeline, stepper(charts, timeline));
+  drawWhenSeen(charts);
+  onThemeChange(() => {
+    redraw();
+    overview.draw();
+  });
+  window.addEventListener('beforeprint', () => charts.forEach((chart) => {
+    chart.visible = true;
+    chart.draw();
+  }));
+  overview.draw();
+  moment.draw();
+  new ResizeObserver(perFrame(() => {
+    charts.filter((chart) => chart.visible).forEach((chart) => chart.resize());
+    overview.draw();
+  })).observe(document.querySelector('main'));
+}
+
+/// A new stretch draws the panels in view; a new moment only moves the cursors.
+function connect(timeline, charts, overview, moment) {
+  let stretch = '';
+  timeline.onChange(() => {
+    const now = `${timeline.from} ${timeline.to}`;
+    const moved = now !== stretch;
+    stretch = now;
+    for (const chart of charts) {
+      if (moved) chart.stale = true;
+      if (!chart.visible) continue;
+      if (chart.stale) chart.draw();
+      else chart.drawMoment();
+      chart.stale = false;
+    }
+    overview.drawMoment();
+    moment.draw();
+  });
+}
+
+function drawWhenSeen(charts) {
+  const chartOf = new Map(charts.map((chart) => [chart.element, chart]));
+  const observer = new IntersectionObserver((entries) => {
+    for (const {target, isIntersecting} of entries) {
+      const chart = chartOf.get(target);
+      chart.visible = isIntersecting;
+      if (isIntersecting && (!chart.graph || chart.stale)) chart.draw();
+      if (isIntersecting) chart.stale = false;
+    }
+  }, {rootMargin: '150px'});
+  charts.forEach((chart) => observer.observe(chart.element));
+}
+
+function endsOf(runs) {
+  const times = runs.flatMap((run) => run.metrics.map((metric) => metric.series())
+    .concat(run.processes.flatMap((process) => [process.cpu(), process.pss()]))
+    .filter((series) => series && series.length)
+    .map((series) => [series.begin(0), series.time[series.length - 1]]));
+  const first = Math.min(...times.map(([begin]) => begin));
+  const last = Math.max(...times.map(([, end]) => end));
+  return Number.isFinite(first) && last > first ? {first, last} : {first: 0, last: 1};
+}
+
+function overviewLines(runs) {
+  return runs.map((run) => {
+    const total = run.metrics.find(({metric}) => metric === 'TotalCPU');
+    const any = total || run.metrics.find((metric) => metric.series());
+    return any && {series: any.series(), colour: runs.length > 1 ? run.colour : null};
+  }).filter((line) => line && line.series);
+}
+
+/// The next sample of the finest line there is, in either direction.
+function stepper(charts, timeline) {
+  const series = charts.flatMap((chart) => chart.lines.map((line) => line.series)).filter(Boolean);
+  const finest = series.sort((one, other) => other.length - one.length)[0];
+  return (moment, direction) => {
+    if (!finest) return moment;
+    const place = finest.place(moment + (direction > 0 ? 1e-9 : -1e-9));
+    const next = direction > 0 ? place + (finest.time[place] <= moment ? 1 : 0) : place - 1;
+    return finest.time[Math.min(finest.length - 1, Math.max(0, next))] ?? timeline.first;
+  };
+}
+
+function quietNote(quiet) {
+  return quiet.length ? make('p', {class: 'note quiet'}, `Recorded, and 0 throughout: ${quiet.join(', ')}.`) : null;
+}
+
+function footOf(page) {
+  return make('footer', {}, make('p', {},
+    `Made by ${page.program}. Drag in a panel to come closer, double click for the whole run. Keys: `,
+    ...[['← →', 'moment'], ['Shift ← →', 'along'], ['+ −', 'closer, farther'], ['0', 'whole run'], ['Esc', 'let go']]
+      .flatMap(([key, text]) => [make('kbd', {}, key), ` ${text}  `])),
+  make('details', {}, make('summary', {}, 'Axes drawn by dygraphs (MIT)'), make('pre', {}, document.getElementById('licence').textContent)));
+}
+
+start();

@@ -1,0 +1,114 @@
+// The strip that stays in view: the whole run small, with the stretch that is shown; the moment
+// looked at; buttons for who does not drag.
+
+class Overview {
+  constructor(timeline, clock, series, marks) {
+    Object.assign(this, {timeline, clock, series});
+    this.canvas = make('canvas', {'aria-hidden': 'true'});
+    this.window = make('div', {class: 'window'});
+    this.cursor = make('div', {class: 'cursor', hidden: true});
+    this.strip = make('div', {class: 'strip', title: 'Drag to choose a stretch; inside of it: to move it'},
+      this.canvas, this.window, this.cursor, marks.map((mark) => this.markOf(mark)));
+    this.readout = make('output', {class: 'readout', 'aria-live': 'off'});
+    const button = (text, title, action) =>
+      make('button', {type: 'button', title, 'aria-label': title, onclick: action}, text);
+    this.whole = button('Whole run', 'Whole run (0)', () => timeline.reset());
+    this.element = make('nav', {class: 'overview', 'aria-label': 'Time'}, this.strip,
+      make('div', {class: 'controls'}, this.readout,
+        button('←', 'Earlier (Shift ←)', () => timeline.pan(-0.5)),
+        button('→', 'Later (Shift →)', () => timeline.pan(0.5)),
+        button('+', 'Closer (+)', () => timeline.zoom(0.5)),
+        button('−', 'Farther (−)', () => timeline.zoom(2)), this.whole));
+    this.followDrag();
+  }
+
+  markOf([moment, text]) {
+    const {first, last} = this.timeline;
+    const mark = make('span', {class: 'mark', title: text}, text);
+    mark.style.left = `${(100 * (moment - first)) / (last - first)}%`;
+    return mark;
+  }
+
+  followDrag() {
+    const {timeline, strip} = this;
+    const length = timeline.last - timeline.first;
+    const momentAt = (event) => {
+      const {left, width} = strip.getBoundingClientRect();
+      return timeline.first + ((event.clientX - left) / width) * length;
+    };
+    let drag = null;
+    strip.addEventListener('pointerdown', (event) => {
+      strip.setPointerCapture(event.pointerId);
+      const moment = momentAt(event);
+      const inside = !timeline.isWhole() && moment > timeline.from && moment < timeline.to;
+      drag = {moment, inside, from: timeline.from, to: timeline.to};
+    });
+    strip.addEventListener('pointermove', (event) => {
+      if (!drag) return;
+      const by = momentAt(event) - drag.moment;
+      if (drag.inside) timeline.show(drag.from + by, drag.to + by);
+      else if (Math.abs(by) > length / 200) timeline.show(Math.min(drag.moment, drag.moment + by), Math.max(drag.moment, drag.moment + by));
+    });
+    strip.addEventListener('pointerup', () => { drag = null; });
+    strip.addEventListener('dblclick', () => timeline.reset());
+  }
+
+  /// What does not change with the stretch that is shown.
+  draw() {
+    const ratio = window.devicePixelRatio || 1;
+    const width = Math.max(1, this.strip.clientWidth);
+    const height = Math.max(1, this.strip.clientHeight);
+    this.canvas.width = width * ratio;
+    this.canvas.height = height * ratio;
+    const context = this.canvas.getContext('2d');
+    context.scale(ratio, ratio);
+    const {first, last} = this.timeline;
+    for (const {series, colour} of this.series) {
+      const largest = series.largest(first, last) || 1;
+      const scale = {
+        from: first, to: last, perPixel: (last - first) / width,
+        x: (time) => ((time - first) / (last - first)) * width,
+        y: (value) => height - 2 - (value / largest) * (height - 4),
+      };
+      if (colour === null) fillUnder(context, series, scale, palette.axis);
+      else drawSeries(context, series, scale, lineColour(colour));
+    }
+    this.drawMoment();
+  }
+
+  drawMoment() {
+    const {first, last, from, to, moment, pinned} = this.timeline;
+    const share = (time) => `${(100 * (time - first)) / (last - first)}%`;
+    this.window.style.left = share(from);
+    this.window.style.right = `${(100 * (last - to)) / (last - first)}%`;
+    this.window.classList.toggle('whole', this.timeline.isWhole());
+    this.whole.disabled = this.timeline.isWhole();
+    this.cursor.hidden = moment === null;
+    if (moment !== null) this.cursor.style.left = share(moment);
+    const stretch = this.timeline.isWhole() ? `whole run, ${duration(last - first)}`
+      : `${momentText(this.clock, from, to - from)} to ${momentText(this.clock, to, to - from)} · ${duration(to - from)}`;
+    setText(this.readout, moment === null ? stretch
+      : `${momentText(this.clock, moment, to - from)}${pinned ? ' held' : ''} · ${stretch}`);
+  }
+}
+
+/// A moment as finely as the stretch around it can tell.
+function momentText(clock, moment, length) {
+  return clock.label(moment, Math.min(1, 10 ** Math.floor(Math.log10(length / 400))));
+}
+
+/// The run's shape in one colour, from 0 to the mean, fainter to the largest.
+function fillUnder(context, series, scale, colour) {
+  context.fillStyle = colour;
+  const bottom = scale.y(0) + 2;
+  for (const [values, alpha] of series.exact ? [[series.mid, 1]] : [[series.high, 0.4], [series.mid, 1]]) {
+    context.globalAlpha = alpha;
+    context.beginPath();
+    for (let i = 0; i < series.length; i++) {
+      const left = scale.x(series.begin(i));
+      const top = scale.y(values[i]);
+      context.rect(left, top, Math.max(scale.x(series.time[i]) - left, 0.5), bottom - top);
+    }
+    context.fill();
+  }
+}

@@ -1,0 +1,168 @@
+"""The page in a real browser: what is drawn, and what pointer and keys do."""
+
+import json
+
+import pytest
+from conftest import corvane, make_page
+from made_run import MadeRun, spike_run
+
+PANELS = ["cores", "processes-cpu", "memory", "processes-memory", "disks", "network"]
+HOSTILE = ["<img/src=x/onerror=alert(1)>", "</script><script>alert(2)</script>", "{{1+1}}%s&lt;b&gt;"]
+
+
+@pytest.fixture(scope="module")
+def spike(tmp_path_factory):
+    folder = tmp_path_factory.mktemp("spike")
+    spike_run(folder, "spike")
+    return make_page(folder / "page.html", folder / "spike")
+
+
+def test_draws_every_panel_without_a_word_or_a_request(open_page, spike):
+    page = open_page(spike)
+    assert page.run("return [...document.querySelectorAll('.panel')].map((panel) => panel.id)") == PANELS
+    for panel in PANELS:
+        page.see(f"#{panel}")
+        assert page.pixels(f"#{panel} canvas")["ink"].count("1") > 500
+    assert "1" in page.pixels(".heat canvas")["ink"]
+    assert "loop0" in page.run("return document.querySelector('#disks .idle').textContent")
+    assert page.complaints() == []
+    page.run("scrollTo(0, 0)")
+    page.picture("spike")
+
+
+def test_a_spike_has_a_name(open_page, spike):
+    page = open_page(spike)
+    page.pointer("#cores", ("move", 39.5 / 60))
+    page.wait("return document.querySelector('.moment tbody tr')")
+    assert page.texts(".moment tbody tr:first-child td")[:3] == ["200", "spiky", "98.5"]
+    page.pointer("#cores", ("move", 0.2))
+    page.wait("return document.querySelector('.moment tbody tr').innerText.includes('steady')")
+    page.pointer("#cores", ("down", 39.5 / 60), ("up", 39.5 / 60), ("move", 0.9))
+    page.wait("return document.querySelector('.moment.pinned tbody tr').innerText.includes('spiky')")
+    page.picture("spike-held")
+    page.key("ArrowRight")  # to the sample, whose period this is
+    page.key("ArrowRight")
+    page.wait("return document.querySelector('.moment tbody tr').innerText.includes('steady')")
+    page.key("Escape")
+    page.wait("return !document.querySelector('.moment.pinned')")
+
+
+def test_zoom_on_one_panel_moves_all(open_page, spike):
+    page = open_page(spike)
+    page.pointer("#memory", ("move", 0.5), ("down", 0.5), ("move", 0.6), ("move", 0.7), ("up", 0.7))
+    shown = []
+    for panel in PANELS:
+        page.see(f"#{panel}")
+        shown.append(page.wait("""const {from, to} = document.querySelector(arguments[0]).dataset;
+            return to - from < 20 && [from, to].map(Number)""", f"#{panel}"))
+    assert all(stretch == shown[0] for stretch in shown)
+    assert shown[0] == pytest.approx([30, 42], abs=1)
+    page.key("0")
+    page.wait("return document.querySelector('.controls button:last-child').disabled")
+
+
+def test_sorts_filters_and_draws(open_page, spike):
+    page = open_page(spike)
+    assert page.texts("#processes tbody .name") == ["steady", "growing", "spiky"]
+    names = "return [...document.querySelectorAll('#processes tbody .name')].map((cell) => cell.innerText)"
+    page.run("document.querySelectorAll('#processes th button')[4].click()")
+    assert page.run(names) == ["spiky", "steady", "growing"]
+    page.run("document.querySelectorAll('#processes th button')[4].click()")
+    assert page.run(names) == ["growing", "steady", "spiky"]
+    page.run("""const input = document.querySelector('#processes input');
+        input.value = 'GROW';
+        input.dispatchEvent(new Event('input'))""")
+    assert page.run(names) == ["growing"]
+    assert page.texts("#growing tbody .name") == ["growing"]
+    page.see("#processes-cpu")
+    before = page.texts("#processes-cpu .entry .label")
+    page.run("document.querySelector('#names tbody tr:nth-child(2)').click()")
+    assert set(page.texts("#processes-cpu .entry .label")) - set(before) == {"growing (all 1)"}
+
+
+@pytest.mark.parametrize("width, dark", [(1440, False), (1440, True), (400, False), (400, True)])
+def test_light_and_dark_wide_and_narrow(open_page, spike, width, dark):
+    page = open_page(spike, width=width, height=900, dark=dark)
+    page.pointer("#cores", ("move", 0.4))
+    page.wait("return document.querySelector('.moment tbody tr')")
+    assert page.run("return document.documentElement.scrollWidth") == width
+    red = page.run("return getComputedStyle(document.body).backgroundColor.match(/\\d+/)[0]")
+    assert (int(red) < 60) == dark
+    assert page.complaints() == []
+    page.picture(f"{'dark' if dark else 'light'}-{width}")
+
+
+def test_hostile_names_are_text(open_page, tmp_path):
+    for number in (1, 2):
+        spike_run(tmp_path, f"<b>run{number}<b>", names=HOSTILE, disk="<s>disk", interface="</style><u>net")
+    runs = sorted(tmp_path.iterdir())
+    for name, chosen in (("one", runs[:1]), ("two", runs)):
+        page = open_page(make_page(tmp_path / f"{name}.html", *chosen))
+        for panel in PANELS:
+            page.see(f"#{panel}")
+        page.pointer("#cores", ("move", 0.3))
+        page.wait("return document.querySelector('.moment tbody tr')")
+        assert sorted(page.texts("#processes tbody .name:nth-child(2)")) == sorted(HOSTILE * len(chosen))
+        assert page.run("return document.querySelectorAll('img, s, u, main script, .tables script').length") == 0
+        assert "<s>disk read" in " ".join(page.texts("#disks .entry"))
+        assert "<b>run1<b>" in page.text("h1" if name == "one" else ".runs")
+        assert page.complaints() == []
+    page.picture("hostile")
+
+
+def test_several_runs_lie_over_each_other(open_page, tmp_path):
+    short, long = spike_run(tmp_path, "short"), spike_run(tmp_path, "long", seconds=90, spike=70)
+    page = open_page(make_page(tmp_path / "page.html", short, long))
+    assert page.texts("#cores .entry .label") == ["all cores · short", "all cores · long"]
+    colours = page.run("""return ['#cores .swatch', '#processes-cpu .swatch'].map((patches) =>
+        new Set([...document.querySelectorAll(patches)].map((patch) => patch.style.background)).size)""")
+    assert colours == [2, 2]
+    page.pointer("#cores", ("move", 69.5 / 90))
+    page.wait("return document.querySelector('.moment tbody tr')")
+    assert [text.split()[0:2] for text in page.texts(".moment tbody tr:first-child")] == [["200", "spiky"]]
+    page.picture("several")
+
+
+def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
+    run = MadeRun(tmp_path, "day")
+    day, spike = 86400, 50000
+    run.cpu((t, [100 if t == spike else 3, 100 if t == spike else 3]) for t in range(1, day + 1))
+    page = open_page(make_page(tmp_path / "page.html", run.folder))
+    page.see("#cores")
+
+    def columns_with_ink(row):
+        picture = page.pixels("#cores canvas:not(.heat canvas)")
+        line = picture["ink"][row * picture["width"]:(row + 1) * picture["width"]]
+        return [x for x, ink in enumerate(line) if ink == "1" and x > 56]
+    assert "min–max per 67.1" in page.text("#cores header")
+    seen = columns_with_ink(30)
+    assert seen and seen[-1] - seen[0] < 4
+    width = page.pixels("#cores canvas:not(.heat canvas)")["width"]
+    part = (seen[0] - 52) / (width - 53)
+    assert part == pytest.approx(spike / day, abs=0.005)
+    page.picture("day")
+    page.pointer("#cores", ("move", part - 0.002), ("down", part - 0.002), ("move", part + 0.006),
+                 ("up", part + 0.006))
+    from_, to = page.wait("""const {from, to} = document.querySelector('#cores').dataset;
+        return to - from < 1000 && [Number(from), Number(to)]""")
+    assert from_ < spike < to
+    page.pointer("#cores", ("move", (spike - from_) / (to - from_)))
+    page.wait("return document.querySelector('#cores .value').innerText === '3.00…100'")
+    page.picture("day-close")
+
+
+def test_figures_are_those_of_show(open_page, spike, tmp_path):
+    shown = json.loads(corvane("show", "--json", spike.parent / "spike").stdout)
+    page = open_page(spike)
+    rows = page.run("""document.querySelectorAll('#figures .more').forEach((more) => more.click());
+        return [...document.querySelectorAll('#figures tbody tr')].map((row) => [...row.cells].map(
+            (cell) => cell.dataset.exact ?? cell.textContent))""")
+    keys = ["count", "min", "mean", "p50", "p95", "p99", "max"]
+    assert {tuple(row[:4]): [float(text) for text in row[4:]] for row in rows} == {
+        tuple(metric[key] for key in ("source", "entity", "metric", "unit")): [metric[key] for key in keys]
+        for metric in shown["metrics"]}
+    cells = page.run("""return [...document.querySelectorAll('#processes tbody tr')].map((row) =>
+        [...row.cells].filter((cell) => cell.dataset.exact).map((cell) => Number(cell.dataset.exact)))""")
+    order = ["pid", "cpu_seconds", "cpu_mean", "cpu_peak", "pss_first_kb", "pss_last_kb", "pss_peak_kb",
+             "pss_growth_kb_per_min", "first", "last"]
+    assert cells == [[process[key] for key in order] for process in shown["processes"]]

@@ -1,0 +1,85 @@
+"""The page as a file: what it holds, and what `corvane report` says when it cannot be made."""
+
+import base64
+import json
+import re
+import struct
+
+import pytest
+from conftest import corvane, make_page
+from made_run import spike_run
+
+TYPES = {"f32": "f", "f64": "d", "u32": "I"}
+
+
+def read(page):
+    """The head, and a function that gives the numbers of a reference."""
+    text = page.read_text()
+    head = json.loads(re.search(r'id="head">(.*?)</script>', text, re.S)[1])
+    samples = base64.b64decode(re.search(r'id="samples">(.*?)</script>', text, re.S)[1], validate=True)
+
+    def numbers(reference):
+        at, count, kind = reference
+        return list(struct.unpack_from(f"<{count}{TYPES[kind]}", samples, at))
+    return head, numbers
+
+
+def of(entries, **wanted):
+    return next(entry for entry in entries if all(entry[key] == value for key, value in wanted.items()))
+
+
+def test_holds_the_samples_and_the_figures_of_show(tmp_path):
+    run = spike_run(tmp_path, "spike")
+    head, numbers = read(make_page(tmp_path / "page.html", run))
+    [shown] = head["runs"]
+    told = json.loads(corvane("show", "--json", run).stdout)
+    for part in told:
+        entries = told[part] if isinstance(told[part], list) else [told[part]]
+        held = shown[part] if isinstance(told[part], list) else [shown[part]]
+        assert [{key: entry[key] for key in wanted} for entry, wanted in zip(held, entries)] == entries
+    used = of(shown["metrics"], metric="Used_Mem")["series"]
+    assert numbers(used["time"]) == [float(t) for t in range(1, 61)]
+    assert numbers(used["high"]) == [(2 << 20) + 1024 * t for t in range(1, 61)]
+    # More than a 32-bit float holds; and what never was above 0 is not drawn.
+    total = of(shown["metrics"], metric="Total_Mem")["series"]
+    assert total["high"][2] == "f64" and numbers(total["high"])[0] == 1 << 24
+    assert of(shown["metrics"], entity="loop0", metric="read")["series"] is None
+    growing = of(shown["processes"], pid=300)["pss"]
+    assert numbers(growing["high"])[-1] == 9000 + 1024 * 60
+    moments = shown["moments"]
+    first, who, share = (numbers(moments[key]) for key in ("first", "who", "share"))
+    place = min(range(60), key=lambda i: abs(numbers(moments["end"])[i] - 40))
+    assert moments["people"][who[first[place]]] == [200, "spiky"]
+    assert share[first[place]] == pytest.approx(98.5)
+
+
+def test_takes_a_stretch_and_some_processes(tmp_path):
+    run = spike_run(tmp_path, "spike")
+    head, numbers = read(make_page(tmp_path / "page.html", run, "--from", 10, "--to", "20", "--process", "gr*"))
+    [shown] = head["runs"]
+    assert [process["name"] for process in shown["processes"]] == ["growing"]
+    times = numbers(of(shown["metrics"], metric="TotalCPU")["series"]["time"])
+    assert (times[0], times[-1]) == (10, 20)
+
+
+@pytest.mark.parametrize("arguments, said", [
+    (["nowhere"], "nowhere is no folder"),
+    (["run", "-o", "missing/page.html"], "missing/page.html cannot be made: No such file or directory"),
+    (["run", "empty"], "empty holds no result files"),
+    (["run", "--ouptut", "x"], "unknown --ouptut; did you mean --output?"),
+])
+def test_refusals(tmp_path, monkeypatch, arguments, said):
+    monkeypatch.chdir(tmp_path)
+    spike_run(tmp_path, "run")
+    (tmp_path / "empty").mkdir()
+    refused = corvane("report", *arguments)
+    assert (refused.returncode, refused.stdout, refused.stderr) == (2, "", f"corvane: {said}\n")
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["empty", "run"]
+
+
+def test_unless_named_the_page_is_called_like_the_newest_run(tmp_path, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    spike_run(tmp_path / "Results_corvane", "yesterday")
+    made = corvane("report")
+    assert (made.returncode, made.stdout, made.stderr) == (0, "yesterday.html\n", "")
+    assert (tmp_path / "yesterday.html").read_text().endswith("</html>\n")
