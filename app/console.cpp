@@ -25,6 +25,11 @@ ConsoleStream& standardError() {
   return stream;
 }
 
+void putOnOutput(std::string_view text) {
+  std::fflush(stdout);  // what a library has put on the C stream comes first
+  if (!standardOutput().put(text)) requestStop();
+}
+
 void putOnError(std::string_view text) {
   // Nobody is left to tell when standard error itself cannot be written.
   [[maybe_unused]] const bool isRead = standardError().put(text);
@@ -69,11 +74,16 @@ class LineBuffer : public std::streambuf {
   std::string text_;
 };
 
+LineBuffer& outputBuffer() {
+  static auto& buffer = *new LineBuffer(putOnOutput);
+  return buffer;
+}
+
 }  // namespace
 
 void say(std::string_view message) {
-  std::fflush(stdout);  // what a library has put on the C stream comes first
-  if (!standardOutput().put(message)) requestStop();
+  outputBuffer().pubsync();
+  putOnOutput(message);
 }
 
 void sayAtOnceOrNever(std::string_view message) {
@@ -98,9 +108,8 @@ void prepareConsole() {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   standardOutput();
   standardError();
-  static auto& out = *new LineBuffer(say);
   static auto& error = *new LineBuffer(putOnError);
-  std::cout.rdbuf(&out);
+  std::cout.rdbuf(&outputBuffer());
   std::cerr.rdbuf(&error);
 }
 
