@@ -95,10 +95,11 @@ Folder makeRunFolder(const Folder& base) {
   const bool exists = made == 0 || errno == EEXIST;
   tellMade(made);
   Folder folder(logFolder, base.openFolder(filename), &base);
-  if (exists && folder.descriptor() < 0)
+  if (exists && folder.descriptor() < 0) {
     warn(logFolder + " cannot be entered: " +
          (errno == ENOTDIR ? "it is no folder, or a link, which is not followed here"
                            : std::strerror(errno)));
+  }
   return folder;
 }
 
