@@ -30,7 +30,8 @@ class Series {
     this.time = packed.time ? arrayOf(packed.time)
       : Float64Array.from(this.high, (_, i) => packed.from + (i + 1) * packed.step);
     this.usual = this.exact ? middleStep(this.time) : this.step;
-    this.pause = (this.exact ? 3.5 : 1.5) * this.usual;
+    // A period that was long is one all the same; between states that lie far apart nothing is known.
+    this.pause = (!this.exact ? 1.5 : meaning === 'state' ? 3.5 : 12.5) * this.usual;
   }
 
   get length() {
@@ -112,6 +113,6 @@ function unpackRun(run, arrayOf) {
     process.pss = lazily(process.pss, 'state');
   }
   const {moments} = run;
-  for (const name of ['end', 'first', 'who', 'share']) moments[name] = arrayOf(moments[name]);
+  for (const name of ['end', 'seconds', 'first', 'who', 'share']) moments[name] = arrayOf(moments[name]);
   return run;
 }

@@ -88,18 +88,20 @@ function valueAt(series, moment) {
 }
 
 /// The stretch that ends at or after the moment, if it reaches back to it.
-function usersAt({end, first, who, share, people, step}, moment) {
+function usersAt({end, seconds, first, who, share, people, step}, moment) {
   let place = 0;
   for (let high = end.length; place < high;) {
     const middle = (place + high) >> 1;
     if (end[middle] < moment) place = middle + 1;
     else high = middle;
   }
-  if (place === end.length || end[place] - moment > step) return [];
+  if (place === end.length) return [];
+  const length = Math.max(step, seconds[place]);
+  if (end[place] - moment > length) return [];
   const users = [];
   for (let i = first[place]; i < (first[place + 1] ?? who.length); i++) {
     const [pid, name] = people[who[i]];
-    users.push({pid, name, share: share[i], length: step});
+    users.push({pid, name, share: share[i], length});
   }
   return users;
 }

@@ -83,14 +83,13 @@ Json packSeries(const runs::Envelope& envelope, SampleArrays& arrays) {
 
 /// The stretches in which anything ran, by their ends; who ran then, by places in a list of people.
 Json packMoments(const runs::Moments& moments, SampleArrays& arrays) {
-  std::vector<double> ends, shares;
+  std::vector<double> ends, seconds, shares;
   std::vector<std::uint32_t> first, who;
   std::map<std::pair<int, std::string>, std::uint32_t> places;
   Json people = Json::array();
-  double longest = moments.stretchSeconds();
   for (const auto& stretch : moments.stretches()) {
     if (stretch.seconds <= 0) continue;
-    longest = std::max(longest, stretch.seconds);
+    seconds.push_back(stretch.seconds);
     ends.push_back(stretch.end);
     first.push_back(std::uint32_t(who.size()));
     for (const auto& use : stretch.uses) {
@@ -101,11 +100,9 @@ Json packMoments(const runs::Moments& moments, SampleArrays& arrays) {
       shares.push_back(100 * use.cpuSeconds / stretch.seconds);
     }
   }
-  return {{"step", longest},
-          {"end", arrays.addTimes(ends)},
-          {"first", arrays.addCounts(first)},
-          {"who", arrays.addCounts(who)},
-          {"share", arrays.addValues(shares)},
+  return {{"step", moments.stretchSeconds()},     {"end", arrays.addTimes(ends)},
+          {"seconds", arrays.addValues(seconds)}, {"first", arrays.addCounts(first)},
+          {"who", arrays.addCounts(who)},         {"share", arrays.addValues(shares)},
           {"people", std::move(people)}};
 }
 

@@ -39,7 +39,9 @@ def test_results_come_home_with_any_suffix(start):
     assert f"filename = {suffix}\n" in out.decode()
     trace = start.host / "Results_corvane" / suffix / "ProfilerOutput.json"
     assert json.loads(trace.read_text())["traceEvents"]
-    assert err.decode().endswith(f"trace: {trace}\n")
+    page = start.host / "Results_corvane" / f"{suffix}.html"
+    assert err.decode().endswith(f"page: {page}\nscripts/device: trace: {trace}\n")
+    assert page.read_text().startswith("<!DOCTYPE html>")
     assert not list(start.device.glob("corvane/run.*")), "left on the device"
 
 
