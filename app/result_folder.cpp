@@ -91,14 +91,20 @@ void tellUnusualSuffix() {
 /// Makes the run folder, or finds it.
 Folder makeRunFolder(const Folder& base) {
   errno = ENAMETOOLONG;  // as the kernel has it for a path of that length
-  const int made = logFolder.size() < PATH_MAX ? base.makeFolder(filename, 0666) : -1;
+  int made = -1;
+  if (filename.find_first_not_of('/') == std::string::npos) {
+    made = ::mkdir(logFolder.c_str(), 0666);  // no name at all: the base folder itself
+  } else if (logFolder.size() < PATH_MAX) {
+    made = base.makeFolder(filename, 0666);
+  }
   const bool exists = made == 0 || errno == EEXIST;
   tellMade(made);
   Folder folder(logFolder, base.openFolder(filename), &base);
-  if (exists && folder.descriptor() < 0)
+  if (exists && folder.descriptor() < 0) {
     warn(logFolder + " cannot be entered: " +
          (errno == ENOTDIR ? "it is no folder, or a link, which is not followed here"
                            : std::strerror(errno)));
+  }
   return folder;
 }
 

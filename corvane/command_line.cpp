@@ -76,6 +76,8 @@ void addCompare(CLI::App& app, CompareOptions& options, Chosen& chosen) {
       ->type_name("CONDITION")
       ->expected(1)
       ->take_all();
+  command->add_option("--report", options.report, "Write a page of both sides over each other")
+      ->type_name("FILE.html");
   command->add_flag("--all", options.all, "What has not changed, too");
   command->add_flag("--json", options.json, "All of it as JSON");
   command->callback([&] { chosen.run = [&] { return compare(options); }; });

@@ -2,13 +2,17 @@
 
 #include <cstdio>
 #include <glob.h>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "compare/comparison.h"
 #include "compare/condition_check.h"
 #include "compare/settings.h"
 #include "compare/verdicts.h"
 #include "message.h"
-#include "run_summary.h"
+#include "new_file.h"
+#include "page/report_page.h"
 
 namespace {
 
@@ -26,9 +30,14 @@ std::vector<std::string> expanded(const std::vector<std::string>& words) {
   return folders;
 }
 
+/// Reads the runs of both sides, each once, and hands them on to all that want to know of them.
 class Reading {
  public:
-  explicit Reading(const CompareOptions& options) : options_(options) {}
+  explicit Reading(const CompareOptions& options) : options_(options) {
+    if (options.report.empty()) return;
+    file_ = std::make_unique<NewFile>(options.report);
+    page_.emplace([this](std::string_view text) { file_->put(text); });
+  }
 
   /// False, after a message, where there is nothing to compare.
   bool read() {
@@ -45,6 +54,13 @@ class Reading {
     result.conditions = conditions_.outcomes();
     return result;
   }
+  /// False, after a message, where the page that was asked for could not be written.
+  bool finishPage(const Comparison& comparison) {
+    if (!page_) return true;
+    page_->addTable(comparisonTable(comparison));
+    page_->finish();
+    return file_->commit();
+  }
   const ConditionCheck& conditions() const { return conditions_; }
 
  private:
@@ -56,20 +72,14 @@ class Reading {
   }
   bool readOne(Sides::Side side, const std::string& folder) {
     if (chosenRun(folder).empty()) return false;
-    const auto& choice = options_.choice;
-    const runs::Selection selection{
-        .from = choice.from, .to = choice.to, .processes = choice.processes};
     const auto run =
-        runs::readRun(folder, selection, {.envelopes = true, .processEnvelopes = true});
-    for (const auto& note : run.notes)
-      message(note);
-    if (run.empty()) {
-      message("nothing could be read from " + folder);
-      return false;
-    }
-    sides_.add(side, run);
-    settings_.add(side, run);
-    conditions_.add(side, run);
+        readChosen(folder, options_.choice,
+                   {.envelopes = true, .processEnvelopes = true, .moments = page_.has_value()});
+    if (!run) return false;
+    sides_.add(side, *run);
+    settings_.add(side, *run);
+    conditions_.add(side, *run);
+    if (page_) page_->add(*run, (side == Sides::base ? "base " : "new ") + labelOf(folder), side);
     folders_[side].push_back(folder);
     return true;
   }
@@ -79,6 +89,8 @@ class Reading {
   Sides sides_;
   Settings settings_;
   ConditionCheck conditions_;
+  std::unique_ptr<NewFile> file_;
+  std::optional<ReportPage> page_;
 };
 
 }  // namespace
@@ -90,6 +102,6 @@ int compare(const CompareOptions& options) {
   const auto text =
       options.json ? comparisonJson(comparison) : comparisonText(comparison, options.all);
   std::fwrite(text.data(), 1, text.size(), stdout);
-  if (std::fflush(stdout) != 0) return Status::wrongUse;
+  if (std::fflush(stdout) != 0 || !reading.finishPage(comparison)) return Status::wrongUse;
   return reading.conditions().report();
 }

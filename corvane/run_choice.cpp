@@ -1,6 +1,7 @@
 #include "run_choice.h"
 
 #include "message.h"
+#include "progress.h"
 #include "run_files.h"
 
 std::filesystem::path chosenRun(const std::string& run) {
@@ -19,4 +20,25 @@ std::filesystem::path chosenRun(const std::string& run) {
 
 runs::Selection selectionOf(const RunChoice& choice) {
   return {.from = choice.from, .to = choice.to, .processes = choice.processes};
+}
+
+std::optional<runs::RunSummary> readChosen(const std::filesystem::path& folder,
+                                           const RunChoice& choice, const runs::Detail& detail) {
+  auto run = [&] {
+    ProgressLine line("reading " + folder.string());
+    return runs::readRun(folder, selectionOf(choice), detail, [&](double done) {
+      line.show(done);
+      return true;
+    });
+  }();
+  for (const auto& note : run.notes)
+    message(note);
+  if (!run.empty()) return run;
+  message("nothing could be read from " + folder.string());
+  return std::nullopt;
+}
+
+std::string labelOf(const std::filesystem::path& folder) {
+  const auto whole = std::filesystem::absolute(folder).lexically_normal();
+  return (whole.has_filename() ? whole : whole.parent_path()).filename().string();
 }

@@ -2,10 +2,11 @@
 
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "run_reader.h"
+#include "run_summary.h"
 
 /// What every subcommand that reads runs takes.
 struct RunChoice {
@@ -19,3 +20,11 @@ runs::Selection selectionOf(const RunChoice& choice);
 
 /// The run folder meant, or an empty path after a message.
 std::filesystem::path chosenRun(const std::string& run);
+
+/// What is meant of the run in `folder`, with what could not be read told and progress shown.
+/// Nothing, after a message, where there is none.
+std::optional<runs::RunSummary> readChosen(const std::filesystem::path& folder,
+                                           const RunChoice& choice, const runs::Detail& detail);
+
+/// What a run is called: the last part of its folder's path.
+std::string labelOf(const std::filesystem::path& folder);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -20,3 +21,6 @@ std::string comparisonText(const Comparison& comparison, bool all);
 
 /// For machines: "metrics" with a member for each figure, "runs", "settings", "conditions".
 std::string comparisonJson(const Comparison& comparison);
+
+/// For the page of both sides: a table of what has changed and what could not be told.
+nlohmann::json comparisonTable(const Comparison& comparison);

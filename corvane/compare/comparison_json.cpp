@@ -47,3 +47,43 @@ std::string comparisonJson(const Comparison& comparison) {
   // Names may hold any bytes.
   return all.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
+
+nlohmann::json comparisonTable(const Comparison& comparison) {
+  auto rows = nlohmann::json::array();
+  std::size_t same = 0;
+  for (const auto& figure : comparison.figures) {
+    if (figure.verdict == Verdict::same) {
+      ++same;
+      continue;
+    }
+    const auto percent = figure.percent();
+    const auto& bounds = figure.difference;
+    rows.push_back({figure.key.source, figure.key.entity, figure.key.metric, figure.key.unit,
+                    figure.base, figure.fresh, percent ? Json(*percent) : Json(),
+                    bounds ? Json(bounds->low) : Json(), bounds ? Json(bounds->high) : Json(),
+                    nameOf(figure.verdict)});
+  }
+  std::string note = std::to_string(same) + " figures are the same on both sides.";
+  for (const auto& difference : comparison.settings)
+    note += " Not the same on both sides: " + difference + ".";
+  const auto column = [](const char* title, const char* unit = "") {
+    return nlohmann::json{{"title", title}, {"unit", unit}};
+  };
+  const auto number = [](const char* title, const char* unit, int decimals) {
+    return nlohmann::json{{"title", title}, {"unit", unit}, {"decimals", decimals}};
+  };
+  return {{"title", "What differs between base and new"},
+          {"note", note},
+          {"columns",
+           {column("Source"),
+            column("Of"),
+            column("Metric"),
+            column("Unit"),
+            number("Base", "", 2),
+            number("New", "", 2),
+            number("Change", "%", 1),
+            number("At least", "", 2),
+            number("At most", "", 2),
+            {{"title", "Verdict"}, {"unit", ""}, {"verdict", true}}}},
+          {"rows", std::move(rows)}};
+}

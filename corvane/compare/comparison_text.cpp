@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "comparison.h"
+#include "printable.h"
 
 namespace {
 
@@ -38,13 +39,6 @@ std::string intervalText(const Compared& figure) {
   return number(figure.difference->low) + ".." + number(figure.difference->high);
 }
 
-/// A name that is too long loses its middle.
-std::string cut(std::string text) {
-  if (text.size() <= nameWidth) return text;
-  const std::size_t head = (nameWidth - 2) / 2;
-  return text.substr(0, head) + ".." + text.substr(text.size() - (nameWidth - 2 - head));
-}
-
 std::string nameOfFigure(const FigureKey& key) {
   std::string name = key.source;
   const bool said = key.metric.starts_with(key.entity);  // a core's metrics bear its name
@@ -55,8 +49,8 @@ std::string nameOfFigure(const FigureKey& key) {
 
 void addRow(std::string& text, const Compared& figure) {
   char row[256];
-  std::snprintf(row, sizeof row, "%-23s %9s %9s %-4s %7s %16s %.6s\n",
-                cut(nameOfFigure(figure.key)).c_str(), number(figure.base).c_str(),
+  std::snprintf(row, sizeof row, "%s %9s %9s %-4s %7s %16s %.6s\n",
+                printable(nameOfFigure(figure.key), nameWidth).c_str(), number(figure.base).c_str(),
                 number(figure.fresh).c_str(), figure.key.unit.c_str(), percentText(figure).c_str(),
                 intervalText(figure).c_str(),
                 figure.verdict == Verdict::inconclusive ? "?" : nameOf(figure.verdict).data());
@@ -67,14 +61,14 @@ void addHead(std::string& text, const Comparison& comparison) {
   const char* const sides[] = {"base", "new "};
   for (int side = 0; side < 2; ++side) {
     const auto& runs = comparison.runs[side];
-    text += std::string(sides[side]) + "  " + runs.front();
+    text += std::string(sides[side]) + "  " + printable(runs.front());
     if (runs.size() > 1) text += " and " + std::to_string(runs.size() - 1) + " more";
     text += "\n";
   }
   if (!comparison.settings.empty()) {
     text += "Not the same on both sides:\n";
     for (const auto& difference : comparison.settings)
-      text += "  " + difference + "\n";
+      text += "  " + printable(difference) + "\n";
   }
   text += "\n";
 }

@@ -1,0 +1,251 @@
+"""What corvane says of runs whose contents are known."""
+
+import gzip
+import json
+import os
+import random
+import signal
+import subprocess
+import time
+
+import made_runs
+import pytest
+from conftest import BUILD, RUNNER
+from made_runs import DISK, MEM, NET, PROC, line, text_of, write_run
+
+CORVANE = [*RUNNER, str(BUILD / "corvane")]
+
+
+def corvane(*arguments, **options):
+    options = {"capture_output": True, "text": True, "timeout": 120} | options
+    return subprocess.run([*CORVANE, *map(str, arguments)], **options)
+
+
+def shown(*arguments):
+    done = corvane("show", "--json", *arguments)
+    assert done.returncode == 0, done.stderr
+    return json.loads(done.stdout)
+
+
+def traced(folder, *arguments):
+    done = corvane("trace", folder, "-o", folder.parent / "trace.json", *arguments)
+    assert done.returncode == 0, done.stderr
+    tracks = {}
+    events = json.loads((folder.parent / "trace.json").read_bytes())["traceEvents"]
+    for event in events:
+        if event["ph"] == "C":
+            assert all(type(value) in (int, float) for value in event["args"].values())
+            tracks.setdefault(event["name"], []).append((event["ts"], *event["args"].values()))
+    return tracks, events
+
+
+@pytest.mark.parametrize("seed", [1, 2])
+def test_processes_are_those_that_lived(tmp_path, seed):
+    proc, procmem, lives = made_runs.processes(seed)
+    report = shown(write_run(tmp_path / "r", proc=proc, procmem_=procmem))
+    assert report["processes"] == [pytest.approx(figures) for figures in made_runs.kept(lives)]
+    names = {name["name"]: name for name in report["names"]}
+    for name, true in made_runs.by_name(lives).items():
+        got = names.pop(name)
+        assert got["processes"] == true["processes"]
+        assert got["cpu_seconds"] == pytest.approx(true["cpu_seconds"])
+        assert got["cpu_peak"] == pytest.approx(max(true["cpu"].values()))
+        assert got["pss_peak_kb"] == max(true["pss"].values())
+        assert got["pss_last_kb"] == true["pss"][max(true["pss"])]
+    assert not names
+
+
+def test_a_part_of_the_run_and_some_processes(tmp_path):
+    proc, procmem, lives = made_runs.processes(3, seconds=60)
+    folder = write_run(tmp_path / "r", proc=proc, procmem_=procmem)
+    life = next(life for life in lives if len(life.cpu) > 40 and life.cpu[0][0] == 1)
+    report = shown(folder, "--from", 10, "--to", 20.5, "--process", life.pid, "--process", "nob?dy*")
+    window = [sample for sample in life.cpu if 10 <= sample[0] <= 20.5]
+    (process,) = [p for p in report["processes"] if p["first"] == 10]
+    assert process["cpu_seconds"] == pytest.approx(window[-1][1] - window[0][1])
+    assert (process["name"], process["last"]) == (life.name, pytest.approx(20.000512))
+    assert {p["pid"] for p in report["processes"]} == {life.pid}
+    assert [s["samples"] for s in report["run"]["sources"]] == [11, 11]
+    names = {p["name"] for p in shown(folder, "--process", "worker_1?")["processes"]}
+    assert names == {life.name for life in lives if life.name.startswith("worker_1") and len(life.name) == 9}
+
+
+def test_metrics_against_all_samples(tmp_path):
+    chance = random.Random(5)
+    times = [100000 * i + chance.randrange(9) for i in range(1, 3000) if i % 500]
+    cpu = [tuple(chance.randrange(10001) / 100 for _ in range(6)) for _ in times]
+    cpu_header = ("Time(usec)", "TotalCPU", "cpu0(%)", "cpu1(%)", "CPUStealTime(%)", "cpu0steal(%)", "cpu1steal(%)")
+    memory = [(16000000, *(chance.randrange(1 << 24) for _ in range(2)), "12.345", 0, 0, 0, "nan") for _ in times]
+    disks = [[(name, chance.randrange(1 << 28), 0.0, chance.randrange(1 << 28), 0.0) for name in ("sda", "sdb")]
+             for _ in times]
+    nets = [[("eth0", 1, *(chance.randrange(1 << 24) for _ in range(6)))] for _ in times]
+    folder = write_run(
+        tmp_path / "r", cpu=line(*cpu_header) + "".join(line(float(t), *row) for t, row in zip(times, cpu)),
+        mem=line(*MEM) + "".join(line(float(t), *row) for t, row in zip(times, memory)),
+        diskio=text_of(DISK, zip(times, disks)), net=text_of(NET, zip(times, nets)))
+    period = [(b - a) * 1e-6 for a, b in zip([2 * times[0] - times[1], *times], times)]
+    rates = lambda rows, column: [row[column] / p / 2**20 for row, p in zip(rows, period)]
+    expected = {
+        ("cpu", "", "TotalCPU", "%"): [row[0] for row in cpu],
+        ("cpu", "cpu1", "cpu1steal", "%"): [row[5] for row in cpu],
+        ("mem", "", "Used_Mem", "KB"): [float(row[2]) for row in memory],
+        ("io", "sdb", "write", "MB/s"): rates([rows[1] for rows in disks], 3),
+        ("net", "eth0", "sent", "MB/s"): rates([rows[0] for rows in nets], 2),
+        ("net", "eth0", "received", "MB/s"): rates([rows[0] for rows in nets], 3),
+        ("net", "eth0", "Rx_packets", ""): [float(rows[0][5]) for rows in nets],
+    }
+    report = shown(folder)
+    metrics = {(m["source"], m["entity"], m["metric"], m["unit"]): m for m in report["metrics"]}
+    for key, values in expected.items():
+        true = made_runs.figures_of(values)
+        for figure in ("p50", "p95", "p99"):
+            assert metrics[key][figure] == pytest.approx(true.pop(figure), rel=0.004)
+        exact = "MB/s" not in key
+        for figure, value in true.items():
+            assert metrics[key][figure] == (value if exact else pytest.approx(value, rel=1e-9)), (key, figure)
+    # A swap share that is no number has no samples; the packets sent are not known.
+    assert not {key[2] for key in metrics} & {"Swap_Used" + "%", "Tx_packets", "KB_read/s"}
+    assert ("mem", "", "Swap_Used", "%") not in metrics
+    cpu_source = report["run"]["sources"][0]
+    assert (cpu_source["samples"], cpu_source["expected"]) == (len(times), len(times) + 5)
+    assert cpu_source["period_ms"] == pytest.approx(100, abs=0.1)
+
+
+def test_stamps_of_the_counter_stand_on_one_axis(tmp_path):
+    stamp = lambda seconds: 5e8 + seconds * 1e6 + 0.05
+    cpu = line("Time(usec)", "TotalCPU") + "".join(line(stamp(i), 50.0) for i in range(1, 9))
+    mem = line(*MEM) + "".join(line(stamp(i / 2 + 0.25), 4, 3, 1, 25.0, 0, 0, 0, 0.0) for i in range(2, 9))
+    folder = write_run(tmp_path / "r", cpu=cpu, mem=mem)
+    assert shown(folder)["run"]["seconds"] == pytest.approx(7)
+    tracks, _ = traced(folder)
+    assert [ts for ts, _ in tracks["TotalCPU (%)"]] == pytest.approx([i * 1e6 for i in range(8)], abs=0.1)
+    assert tracks["Used_Mem (KB)"][0][0] == pytest.approx(1.25e6, abs=0.1)  # a state: when it was read
+    # The metadata know better where the run began, and how fast the counter is.
+    anchor = {"counter": 480 * 25000000, "wall_ns": 0, "boot": 480.0}
+    (tmp_path / "r.run.json").write_text(json.dumps(
+        {"schema": 1, "counter_hz": 19200000, "start": anchor, "sources": []}))
+    assert shown(folder)["run"]["start"] is not None
+
+
+@pytest.mark.parametrize("content, status, told", [
+    ("", 2, "is empty"),
+    ("no header\n1 2\n", 2, "does not begin with a header line"),
+    ("Time(usec) TotalCPU\n", 2, "nothing could be read"),
+    ("Time(usec) TotalCPU\n1000000.00 50.00\n2000000.00 7", 0, "ends in the middle of a line"),
+    ("Time(usec) TotalCPU\n1000000.00 50.00\n1.00 2 3\nx 5\n500000.00 1\n", 0, "3 lines that are no sample"),
+])
+def test_files_that_are_not_whole(tmp_path, content, status, told):
+    done = corvane("show", write_run(tmp_path / "r", cpu=content))
+    assert (done.returncode, told in done.stderr) == (status, True), done.stderr
+    if status == 0:
+        assert "TotalCPU %                  50.00    50.00" in done.stdout
+        tracks, _ = traced(tmp_path / "r")
+        assert len(tracks["TotalCPU (%)"]) == 1
+
+
+@pytest.mark.parametrize("arguments, told", [
+    ([], "is required"), (["shwo"], "did you mean show?"), (["show", "--jsn"], "did you mean --json?"),
+    (["show"], "no run below Results_corvane"), (["show", "nowhere"], "is no folder"),
+    (["trace", "."], "--output is required"), (["trace", ".", "-o", "x"], "holds no result files"),
+    (["convert", "."], "say what to make"), (["show", "--from", "x"], "--from"),
+])
+def test_wrong_use(tmp_path, arguments, told):
+    done = corvane(*arguments, cwd=tmp_path)
+    assert (done.returncode, done.stdout) == (2, "")
+    assert done.stderr.startswith("corvane: ") and told in done.stderr and done.stderr.count("\n") == 1
+
+
+def test_the_newest_run_is_meant(tmp_path):
+    for age, name in ((10, "new"), (20, "old")):
+        folder = write_run(tmp_path / "Results_corvane" / name, cpu="Time(usec) TotalCPU\n1.00 5.00\n")
+        os.utime(next(folder.iterdir()), (time.time() - age,) * 2)
+    done = corvane("show", cwd=tmp_path)
+    assert done.stdout.startswith("Results_corvane/new: ")
+
+
+HOSTILE = ['\x1b[31mred\x1b[0m', 'quote"back\\slash', "\x9b2J", "\u202egnp.exe", "tab\tbell\a", "<b>&", "ünïcode"]
+
+
+def test_hostile_names(tmp_path):
+    rows = lambda total: [(pid, name, 0.0, 0.0, total, 50.0) for pid, name in enumerate(HOSTILE, 10)]
+    text = text_of(PROC, [(t, rows(t / 2e6)) for t in (1e6, 2e6, 3e6)]).encode().replace(b"<b>", b"<b>\xff\xfe")
+    header = "Time(usec) evil\x1b[2J(%)\n1000000.00 5.00\n"
+    folder = write_run(tmp_path / "r\x1b[5m", proc=text, cpu=header + "cut\x1b")
+    done = corvane("show", folder)
+    for text in (done.stdout, done.stderr):
+        assert text and not [c for c in text if c != "\n" and not c.isprintable()]
+    assert "?[31mred?[0m" in done.stdout and "ünïcode" in done.stdout
+    assert all(len(line) <= 80 for line in done.stdout.splitlines()[2:])
+    done = corvane("show", "--json", folder)
+    assert done.stdout.isascii() and "\x1b" not in done.stdout
+    names = {process["name"] for process in json.loads(done.stdout)["processes"]}
+    assert names == {name.replace("<b>", "<b>\ufffd\ufffd") for name in HOSTILE}
+    tracks, _ = traced(folder)
+    assert f"{HOSTILE[1]} [11] CPU_Usage (%)" in tracks
+
+
+def test_trace_has_every_sample_in_full(tmp_path):
+    times = [500000 * i for i in range(1, 7)]
+    proc = [(t, [(pid, "same", 0.0, 0.0, 0.0, float(pid)) for pid in range(1, 41) if pid != 7 or t < 1.6e6])
+            for t in times]
+    disks = [(t, [("sda", 1 << 20, 0.0, 0, 0.0), ("idle", 0, 0.0, 0, 0.0)]) for t in times]
+    folder = write_run(tmp_path / "r", proc=text_of(PROC, proc), diskio=text_of(DISK, disks))
+    tracks, events = traced(folder)
+    assert sum(name.startswith("same [") for name in tracks) == 40
+    begins = [t - 500000 for t in times]
+    assert tracks["same [12] CPU_Usage (%)"] == [(begin, 12) for begin in begins]
+    # One that has ended goes down to zero where its last period ends.
+    assert tracks["same [7] CPU_Usage (%)"] == [(0, 7), (500000, 7), (1000000, 7), (1500000, 0)]
+    assert tracks["sda disk (MB/s)"] == [(begin, 2, 0) for begin in begins]
+    assert "idle disk (MB/s)" not in tracks
+    assert "idle disk (MB/s)" in traced(folder, "--all")[0]
+    titles = {e["pid"]: e["args"]["name"] for e in events if e["name"] == "process_name"}
+    order = {e["pid"]: e["args"]["sort_index"] for e in events if e["name"] == "process_sort_index"}
+    assert sorted(titles.values()) == ["Disks", "Processes"] and order.keys() == titles.keys()
+    assert corvane("trace", folder, "-o", tmp_path / "t.json.gz").returncode == 0
+    assert json.loads(gzip.decompress((tmp_path / "t.json.gz").read_bytes()))["traceEvents"]
+
+
+def test_trace_below_a_size(tmp_path):
+    chance = random.Random(1)
+    values = [chance.randrange(1, 10000) / 100 for _ in range(40000)]
+    rows = "".join(line(1e5 * i, value) for i, value in enumerate(values, 1))
+    folder = write_run(tmp_path / "r", cpu=line("Time(usec)", "TotalCPU") + rows)
+    done = corvane("trace", folder, "-o", tmp_path / "trace.json", "--max-mb", 1)
+    assert "an event stands for" in done.stderr
+    assert (1 << 18) < (tmp_path / "trace.json").stat().st_size <= 1 << 20
+    step = float(done.stderr.split("stands for ")[1].split()[0])
+    expected = {}
+    for i, value in enumerate(values, 1):
+        at = int(1e5 * i * 1e-6 / step)
+        expected[at] = max(value, expected.get(at, 0))
+    events = json.loads((tmp_path / "trace.json").read_bytes())["traceEvents"]
+    assert [e["args"]["value"] for e in events if e["ph"] == "C"] == list(expected.values())
+
+
+def test_an_interrupted_trace_leaves_nothing(tmp_path):
+    """It tries step after step to get thousands of processes into a megabyte."""
+    rows = [[(pid, f"p{pid}", 0.0, 1.0, 1.0, 1.0) for pid in range(t * 400, t * 400 + 400)] for t in range(1, 100)]
+    folder = write_run(tmp_path / "r", proc=text_of(PROC, [(t * 1e6, r) for t, r in enumerate(rows, 1)]))
+    (tmp_path / "t.json").write_text("of before")
+    process = subprocess.Popen([*CORVANE, "trace", folder, "-o", tmp_path / "t.json", "--max-mb", "1"])
+    while not list(tmp_path.glob("t.json.part*")):
+        assert process.poll() is None
+    process.send_signal(signal.SIGINT)
+    assert process.wait(60) == -signal.SIGINT
+    assert sorted(path.name for path in tmp_path.iterdir()) == ["r", "t.json"]
+    assert (tmp_path / "t.json").read_text() == "of before"
+
+
+def test_convert_makes_what_the_profiler_makes(profiler):
+    run = profiler.run("--cpu --mem --proc --io --net -t 1 -s 200 --json --csv -f x", scripted=False)
+    folder = profiler.folder / "Results_corvane/x"
+    expected = {path.name: path.read_bytes() for path in folder.iterdir()}
+    assert len(expected) == 11
+    for name in expected:
+        if not name.endswith(".txt"):
+            (folder / name).unlink()
+    done = corvane("convert", "--json", "--csv", "--summary", folder, cwd="/")
+    assert (done.returncode, done.stderr) == (0, "")
+    assert {path.name: path.read_bytes() for path in folder.iterdir()} == expected
+    assert done.stdout.startswith("+++++") and run.out.endswith(done.stdout)
