@@ -100,17 +100,22 @@ TEST(Moments, NameWhoUsedTheProcessors) {
     for (int pid = 1; pid <= 30; ++pid)
       moments.candidate({pid, "usual", 0.01 * pid});
     if (second == 3210) moments.candidate({99, "culprit", 4});
-    moments.endSample(second);
+    moments.endSample(second, 1);
   }
   const auto& stretches = moments.stretches();
   ASSERT_LE(stretches.size(), Moments::capacity);
-  const auto at = std::size_t((3210 - moments.firstStretch()) / moments.stretchSeconds());
-  EXPECT_EQ(stretches[at].front().name, "culprit");
-  EXPECT_EQ(stretches[at].size(), Moments::kept);
-  double usual = 0;
-  for (const auto& stretch : stretches)
-    for (const auto& use : stretch)
+  const auto at =
+      std::ranges::find_if(stretches, [](const auto& stretch) { return stretch.end >= 3210; });
+  ASSERT_NE(at, stretches.end());
+  EXPECT_EQ(at->uses.front().name, "culprit");
+  EXPECT_EQ(at->uses.size(), Moments::kept);
+  double usual = 0, seconds = 0;
+  for (const auto& stretch : stretches) {
+    seconds += stretch.seconds;
+    for (const auto& use : stretch.uses)
       usual += use.pid == 30 ? use.cpuSeconds : 0;
+  }
+  EXPECT_DOUBLE_EQ(seconds, samples);
   EXPECT_NEAR(usual, 0.3 * samples, 1e-6);
 }
 
