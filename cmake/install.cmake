@@ -5,7 +5,9 @@ if(CORVANE_STATIC)
 else()
   install(TARGETS installed_profiler_app corvane_program)
 endif()
-install(FILES docs/profiler_app.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES docs/profiler_app.1 docs/corvane.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES completion/corvane.bash RENAME corvane
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES README.md LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs FILES_MATCHING PATTERN *.md)
 
