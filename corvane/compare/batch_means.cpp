@@ -76,6 +76,9 @@ std::optional<MeanEstimate> meanByBatches(std::span<const double> samples) {
   const double found = withoutBias(spread.correlation, samples.size());
   const double error = std::sqrt((1 - found * found) / double(samples.size()));
   const double likely = std::min(found + error, 0.9999);
+  // To be sure that there are enough at all, more of the doubt is taken for true.
+  const double worst = std::min(found + 1.64 * error, 0.9999);
+  if (double(samples.size()) * (1 - worst) / (1 + worst) < double(fewest)) return std::nullopt;
   for (auto length = std::size_t(std::ceil((1 + likely) / (1 - likely)));
        samples.size() / length >= fewest; length *= 2) {
     const auto batches = batchesOf(samples, length);

@@ -16,5 +16,5 @@ inline constexpr int fewestBatches = 10;
 /// taken a standard error too high. What is left of the correlation from batch to batch widens the
 /// variance and takes degrees of freedom. Where batches still resemble each other more than that
 /// explains (a drift, a slow cycle), they are doubled. Nothing where fewer than `fewestBatches` are
-/// left.
+/// left, or could be by the 95 % bound of the correlation.
 std::optional<MeanEstimate> meanByBatches(std::span<const double> samples);

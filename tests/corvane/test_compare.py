@@ -80,6 +80,10 @@ def test_what_is_told(corvane, tmp_path):
     assert figures(corvane, base, "--with", other, "--at-least", "5%")[USED]["verdict"] == "same"
     told = figures(corvane, base, "--with", other, "--more-is-better", "Used_Mem")
     assert told[USED]["verdict"] == "better"
+    corvane("compare", base, "--with", other, "--report", "page.html")
+    page = (tmp_path / "page.html").read_text()
+    assert "What differs between base and new" in page and '"Used_Mem"' in page
+    corvane("compare", base, "--with", other, "--report", "nowhere/page.html", status=2)
 
 
 def test_too_little_is_no_verdict(corvane, tmp_path):
