@@ -82,8 +82,10 @@ bool describe(const std::string& folder, PmuEvent& event) {
   const std::string path = folder + "/events/" + event.name;
   const auto unit = bytesOf(readAttribute(path + ".unit").value_or(""));
   const auto terms = readAttribute(path);
-  if (!unit || !terms) return false;
-  event.bytes = *unit * readNumber(path + ".scale").value_or(1);
+  const auto scale = readNumber(path + ".scale");
+  const bool isOdd = !scale && readAttribute(path + ".scale");
+  if (!unit || !terms || isOdd) return false;
+  event.bytes = *unit * scale.value_or(1);
   return applyTerms(folder, *terms, event);
 }
 
