@@ -2,16 +2,14 @@
 
 import json
 import os
-import shutil
 import subprocess
 from pathlib import Path
 
+import browser
 import pytest
 
 BUILD = Path(os.environ["CORVANE_BUILD"])
 PICTURES = BUILD / "screenshots"
-FLAGS = """--headless=new --no-sandbox --disable-gpu --disable-quic --no-first-run --hide-scrollbars
-    --disable-background-networking --disable-component-update --disable-sync""".split()
 
 
 def corvane(*arguments):
@@ -29,22 +27,12 @@ def make_page(path, *arguments):
 def driver(tmp_path_factory):
     if os.environ.get("CORVANE_SANITIZE"):
         pytest.skip("no page is opened: those of the other presets are the same")
-    missing = [what for what in ("chromium", "chromedriver") if not shutil.which(what)]
-    try:
-        from selenium import webdriver
-        from selenium.webdriver.chrome.service import Service
-    except ImportError:
-        missing.append("python3-selenium")
-    if missing:
-        if os.environ.get("CORVANE_NEED_BROWSER"):
-            pytest.fail(f"not installed: {', '.join(missing)}")
-        pytest.skip(f"no page is opened: {', '.join(missing)} not installed")
-    options = webdriver.ChromeOptions()
-    options.binary_location = shutil.which("chromium")
-    for flag in [*FLAGS, f"--user-data-dir={tmp_path_factory.mktemp('browser')}"]:
-        options.add_argument(flag)
-    options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
-    driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
+    wanted = browser.missing()
+    if wanted and os.environ.get("CORVANE_NEED_BROWSER"):
+        pytest.fail(f"not installed: {', '.join(wanted)}")
+    if wanted:
+        pytest.skip(f"no page is opened: {', '.join(wanted)} not installed")
+    driver = browser.start(tmp_path_factory.mktemp("browser"))
     PICTURES.mkdir(exist_ok=True)
     yield driver
     driver.quit()
@@ -55,10 +43,7 @@ class Page:
 
     def __init__(self, driver, path, width=1440, height=1000, dark=False):
         self.driver = driver
-        driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
-                               {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
-        scheme = {"name": "prefers-color-scheme", "value": "dark" if dark else "light"}
-        driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": [scheme]})
+        browser.show_as(driver, width, height, dark)
         driver.get_log("performance")
         driver.get(path.as_uri())
         self.wait("return document.querySelectorAll('.panel[data-drawn]').length")
