@@ -4,14 +4,13 @@
 // A panel: {id, title, unit, factor, lines, ceiling, idle, heat}
 // A line:  {label, series, colour, dash, owner, hidden}
 
-const plotHeight = 132;
 const axisWidth = 52;
 
 class Chart {
   constructor(panel, timeline, clock, marks) {
     Object.assign(this, {panel, timeline, clock, marks, graph: null, visible: false});
     this.note = make('span', {class: 'note',
-      title: 'The line is the mean of each stretch of time, the band goes from its least to its largest sample.'});
+      title: 'The line is the mean of each stretch of time, the band its least to its largest sample.'});
     this.legend = make('div', {class: 'legend'});
     this.plot = make('div', {class: 'plot'});
     this.cursor = make('div', {class: 'cursor', hidden: true});
@@ -34,12 +33,14 @@ class Chart {
 
   entryOf(line) {
     line.value = make('span', {class: 'value'});
-    const entry = make('button', {type: 'button', class: 'entry', 'aria-pressed': 'true',
-      title: `${line.label}: show or hide`}, swatch(line.colour), make('span', {class: 'label'}, line.label), line.value);
+    const entry = make('button', {type: 'button', class: 'entry', title: `${line.label}: show or hide`},
+      swatch(line.colour), make('span', {class: 'label'}, line.label), line.value);
+    const tell = () => entry.setAttribute('aria-pressed', String(!line.hidden));
+    tell();
     if (line.dash) entry.firstChild.classList.add('dashed');
     entry.addEventListener('click', () => {
       line.hidden = !line.hidden;
-      entry.setAttribute('aria-pressed', String(!line.hidden));
+      tell();
       this.draw();
     });
     return entry;
@@ -63,7 +64,7 @@ class Chart {
         {...this.fixedOptions(), ...options});
     }
     if (this.heat) this.heat.draw();
-    this.tellDetail(from, to);
+    this.tellDetail();
     this.drawMoment();
     Object.assign(this.element.dataset, {drawn: 'true', from, to});
   }
@@ -72,7 +73,9 @@ class Chart {
     return {
       labels: ['time', 'axes'],
       plotter: () => {},
-      plugins: [{activate: () => ({willDrawChart: (event) => this.drawLines(event.dygraph, event.drawingContext)})}],
+      plugins: [{activate: () => ({
+        willDrawChart: ({dygraph, drawingContext}) => this.drawLines(dygraph, drawingContext),
+      })}],
       interactionModel: {},
       legend: 'never',
       highlightCircleSize: 0,
@@ -120,15 +123,17 @@ class Chart {
     context.clip();
     drawMarks(context, this.marks, scale, y, h);
     for (const line of this.lines) {
-      if (!line.hidden && line.series) drawSeries(context, line.series, scale, lineColour(line.colour), line.dash);
+      if (line.hidden || !line.series) continue;
+      drawSeries(context, line.series, scale, lineColour(line.colour), line.dash);
     }
     context.restore();
   }
 
   /// Says whether what is seen are the samples themselves.
-  tellDetail(from, to) {
+  tellDetail() {
     const coarse = this.lines.filter((line) => line.series && !line.series.exact && !line.hidden);
-    const text = coarse.length ? `min–max per ${duration(Math.max(...coarse.map((line) => line.series.step)))}` : '';
+    const widest = Math.max(...coarse.map((line) => line.series.step));
+    const text = coarse.length ? `min–max per ${duration(widest)}` : '';
     setText(this.note, text);
   }
 

@@ -15,8 +15,9 @@ function setText(element, text) {
   if (element.textContent !== text) element.textContent = text;
 }
 
-/// A patch in the colour of a line; `colour` is a number of the palette.
+/// A patch in the colour of a line; `colour` is a number of the palette, null for what is not drawn.
 function swatch(colour) {
+  if (colour === null) return make('span', {class: 'swatch empty', 'aria-hidden': 'true'});
   const patch = make('span', {class: 'swatch', 'aria-hidden': 'true'});
   patch.style.setProperty('background', `var(--line-${colour})`);
   return patch;

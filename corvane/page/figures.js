@@ -22,9 +22,12 @@ function figuresTable(runs) {
 function givenTable(given, number) {
   const columns = given.columns.map((column, i) => {
     const key = String(i);
-    if (column.decimals !== undefined) return numberColumn(i, column.title, column.unit || '', column.decimals);
+    if (column.decimals !== undefined) {
+      return numberColumn(i, column.title, column.unit || '', column.decimals);
+    }
     const classOf = column.verdict ? (row) => `verdict ${/^\w+$/.test(row[i]) ? row[i] : ''}` : null;
-    return {key, title: column.title, unit: column.unit, class: classOf, text: (row) => String(row[i] ?? none)};
+    const {title, unit} = column;
+    return {key, title, unit, class: classOf, text: (row) => String(row[i] ?? none)};
   });
   return new Table({id: `given-${number}`, title: given.title, note: given.note, columns, rows: given.rows});
 }

@@ -90,7 +90,8 @@ function elapsed(seconds, step) {
 function timeTicks(from, to, most, clock) {
   const steps = [0.001, 0.002, 0.005, 0.01, 0.02, 0.05, 0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120,
     300, 600, 900, 1800, 3600, 7200, 10800, 21600, 43200, 86400];
-  const step = steps.find((size) => (to - from) / size <= most) || 86400 * Math.ceil((to - from) / most / 86400);
+  const step = steps.find((size) => (to - from) / size <= most)
+    || 86400 * Math.ceil((to - from) / most / 86400);
   const first = Math.ceil((from + clock.zero) / step - 1e-9);
   const ticks = [];
   for (let number = first; number * step - clock.zero <= to + step * 1e-9; number++) {

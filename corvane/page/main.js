@@ -18,17 +18,19 @@ function start() {
   const {panels, quiet} = panelsOf(runs, drawn);
   const charts = panels.map((panel) => new Chart(panel, timeline, clock, marks));
   const moment = new Moment(runs, timeline, clock, drawn);
+  moment.element.hidden = !runs.some((run) => run.processes.length);
   const overview = new Overview(timeline, clock, overviewLines(runs), marks);
   const given = page.tables.map(givenTable);
+  const tables = [...processTables(runs, drawn, clock), figuresTable(runs)];
 
   document.body.replaceChildren(
-    make('div', {class: 'page'}, headOf(runs, clock),
+    make('div', {class: 'page'}, headOf(runs),
       ...given.map((table) => table.element),
       runs.length === 1 ? tilesOf(runs[0]) : null,
       recordingOf(runs), overview.element,
       make('div', {class: 'body'},
         make('main', {}, charts.map((chart) => chart.element), quietNote(quiet)), moment.element),
-      make('div', {class: 'tables'}, [...processTables(runs, drawn, clock), figuresTable(runs)].map((table) => table.element)),
+      make('div', {class: 'tables'}, tables.map((table) => table.element)),
       footOf(page)));
 
   const redraw = () => {
@@ -37,7 +39,9 @@ function start() {
   };
   connect(timeline, charts, overview, moment);
   drawn.listeners.push(() => {
-    charts.filter(({panel}) => panel.processes).forEach((chart) => chart.setLines(drawn.lines(chart.panel.processes)));
+    for (const chart of charts) {
+      if (chart.panel.processes) chart.setLines(drawn.lines(chart.panel.processes));
+    }
     moment.draw();
   });
   followKeys(timeline, stepper(charts, timeline));
@@ -46,10 +50,10 @@ function start() {
     redraw();
     overview.draw();
   });
-  window.addEventListener('beforeprint', () => charts.forEach((chart) => {
-    chart.visible = true;
-    chart.draw();
-  }));
+  window.addEventListener('beforeprint', () => {
+    document.querySelector('#recording').open = true;
+    charts.forEach((chart) => chart.draw());
+  });
   overview.draw();
   moment.draw();
   new ResizeObserver(perFrame(() => {
@@ -121,15 +125,8 @@ function stepper(charts, timeline) {
 }
 
 function quietNote(quiet) {
-  return quiet.length ? make('p', {class: 'note quiet'}, `Recorded, and 0 throughout: ${quiet.join(', ')}.`) : null;
-}
-
-function footOf(page) {
-  return make('footer', {}, make('p', {},
-    `Made by ${page.program}. Drag in a panel to come closer, double click for the whole run. Keys: `,
-    ...[['← →', 'moment'], ['Shift ← →', 'along'], ['+ −', 'closer, farther'], ['0', 'whole run'], ['Esc', 'let go']]
-      .flatMap(([key, text]) => [make('kbd', {}, key), ` ${text}  `])),
-  make('details', {}, make('summary', {}, 'Axes drawn by dygraphs (MIT)'), make('pre', {}, document.getElementById('licence').textContent)));
+  if (!quiet.length) return null;
+  return make('p', {class: 'note quiet'}, `Recorded, and 0 throughout: ${quiet.join(', ')}.`);
 }
 
 start();

@@ -7,7 +7,7 @@ set(here ${CMAKE_CURRENT_LIST_DIR})
 
 # In the order in which they stand in the page.
 set(scripts dom format data colours timeline chart heat overview table panels processes moment head
-    figures main)
+    tiles figures foot main)
 
 # The text's SHA-256 in base64: ten times three bytes, and two.
 function(hash_of text result)

@@ -7,7 +7,8 @@ class Moment {
     Object.assign(this, {runs, timeline, clock, drawn});
     this.title = make('h2', {}, 'At a moment');
     this.hint = make('p', {class: 'hint'},
-      'Move over a panel, or use the arrow keys: the processes of that moment are listed here. A click holds it, Esc lets go.');
+      'Move over a panel, or use the arrow keys: the processes of that moment are listed here. '
+      + 'A click holds it, Esc lets go.');
     this.detail = make('p', {class: 'note'});
     this.lists = runs.map((run) => ({run, body: make('tbody')}));
     const tables = this.lists.map(({run, body}) => [
@@ -41,14 +42,15 @@ class Moment {
       const most = this.runs.length > 1 ? 5 : momentRows;
       body.replaceChildren(...found.rows.slice(0, most).map((row) => this.rowOf(row)));
     }
-    setText(this.detail, `${pinned ? 'held' : ''}${pinned && coarse ? ' · ' : ''}${coarse ? `mean of ${duration(coarse)}` : ''}`);
+    const details = [pinned ? 'held' : '', coarse ? `mean of ${duration(coarse)}` : ''];
+    setText(this.detail, details.filter(Boolean).join(' · '));
   }
 
   rowOf({pid, name, share, pss, process}) {
     const colour = process ? this.drawn.colourOf(process) : null;
-    const row = make('tr', {class: process ? 'clickable' : '', title: process ? 'Draw or no longer draw it' : null},
-      make('td', {class: 'number'}, String(pid)),
-      make('td', {class: 'name', title: name}, colour === null ? make('span', {class: 'swatch empty'}) : swatch(colour), name),
+    const hint = process ? 'Draw or no longer draw it' : null;
+    const row = make('tr', {class: process ? 'clickable' : '', title: hint},
+      make('td', {class: 'number'}, String(pid)), make('td', {class: 'name', title: name}, swatch(colour), name),
       make('td', {class: 'number', 'data-exact': share}, share === null ? none : fixed(share, 1)),
       make('td', {class: 'number'}, pss === null ? none : fixed(pss / 1024, 1)));
     if (process) row.addEventListener('click', () => this.drawn.toggle(process));
@@ -66,7 +68,8 @@ function processesAt(run, moment) {
     const pss = valueAt(process.pss(), moment);
     const idle = process.cpu_peak === 0 && process.first <= moment && moment <= process.last;
     const share = idle ? 0 : cpu && cpu.exact ? cpu.value : null;
-    if (cpu || pss) rows.set(process, {pid: process.pid, name: process.name, process, share, pss: pss && pss.value});
+    if (!cpu && !pss) continue;
+    rows.set(process, {pid: process.pid, name: process.name, process, share, pss: pss && pss.value});
   }
   for (const {pid, name, share, length} of usersAt(run.moments, moment)) {
     const process = run.processes.find((other) => other.pid === pid && other.first - length <= moment

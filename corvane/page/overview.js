@@ -45,9 +45,10 @@ class Overview {
     });
     strip.addEventListener('pointermove', (event) => {
       if (!drag) return;
-      const by = momentAt(event) - drag.moment;
+      const moment = momentAt(event);
+      const by = moment - drag.moment;
       if (drag.inside) timeline.show(drag.from + by, drag.to + by);
-      else if (Math.abs(by) > length / 200) timeline.show(Math.min(drag.moment, drag.moment + by), Math.max(drag.moment, drag.moment + by));
+      else if (Math.abs(by) > length / 200) timeline.show(Math.min(drag.moment, moment), Math.max(drag.moment, moment));
     });
     strip.addEventListener('pointerup', () => { drag = null; });
     strip.addEventListener('dblclick', () => timeline.reset());
@@ -85,10 +86,10 @@ class Overview {
     this.whole.disabled = this.timeline.isWhole();
     this.cursor.hidden = moment === null;
     if (moment !== null) this.cursor.style.left = share(moment);
+    const text = (time) => momentText(this.clock, time, to - from);
     const stretch = this.timeline.isWhole() ? `whole run, ${duration(last - first)}`
-      : `${momentText(this.clock, from, to - from)} to ${momentText(this.clock, to, to - from)} · ${duration(to - from)}`;
-    setText(this.readout, moment === null ? stretch
-      : `${momentText(this.clock, moment, to - from)}${pinned ? ' held' : ''} · ${stretch}`);
+      : `${text(from)} to ${text(to)} · ${duration(to - from)}`;
+    setText(this.readout, moment === null ? stretch : `${text(moment)}${pinned ? ' held' : ''} · ${stretch}`);
   }
 }
 

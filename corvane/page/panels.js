@@ -5,7 +5,8 @@ const layout = [
   {source: 'cpu', id: 'cores', title: 'Processor', ceiling: 100,
     labels: {TotalCPU: 'all cores', CPUStealTime: 'taken by the hypervisor'}},
   {id: 'processes-cpu', title: 'Processes by processor time', unit: '% of a core', processes: 'cpu'},
-  {source: 'mem', id: 'memory', title: 'Memory and swap', only: 'KB', labels: {Used_Mem: 'used', Swap_Used: 'swap used'}},
+  {source: 'mem', id: 'memory', title: 'Memory and swap', only: 'KB',
+    labels: {Used_Mem: 'used', Swap_Used: 'swap used'}},
   {id: 'processes-memory', title: 'Processes by memory', unit: 'KB', processes: 'pss'},
   {source: 'io', id: 'disks', title: 'Disks', labels: {read: 'read', write: 'written'}},
   {source: 'net', id: 'network', title: 'Network', labels: {received: 'received', sent: 'sent'}},
@@ -39,15 +40,15 @@ function panelsOf(runs, drawn) {
 
 function processPanel(entry, runs, drawn) {
   if (!runs.some((run) => run.processes.some((process) => process[entry.processes]()))) return [];
-  const largest = Math.max(0, ...runs.flatMap((run) => run.processes.map((process) => process.pss_peak_kb || 0)));
+  const largest = Math.max(0, ...runs.flatMap((run) => run.processes).map((process) => process.pss_peak_kb || 0));
   const {word, factor} = entry.unit === 'KB' ? scaleOf('KB', largest) : {word: entry.unit, factor: 1};
   return [{...entry, unit: word, factor, lines: drawn.lines(entry.processes)}];
 }
 
 /// A panel for each unit of the source.
 function sourcePanels(entry, runs) {
-  const wanted = ({source, metric, unit}) => source === entry.source && (!entry.labels || entry.labels[metric])
-    && (!entry.only || unit === entry.only);
+  const wanted = ({source, metric, unit}) => source === entry.source
+    && (!entry.labels || entry.labels[metric]) && (!entry.only || unit === entry.only);
   const found = runs.flatMap((run) => run.metrics.filter(wanted).map((metric) => ({run, metric})));
   const units = [...new Set(found.map(({metric}) => metric.unit))];
   return units.map((unit) => {
@@ -114,11 +115,11 @@ function idleNames(found, active) {
   return [...new Set(found.map(({metric}) => metric.entity))].filter((name) => name && !busy.has(name));
 }
 
-const mostCoreRows = 256;
+const mostCoreRows = {alone: 512, together: 64};
 
 function coreRows(runs) {
   return runs.flatMap((run) => run.metrics
     .filter(({source, entity, metric}) => source === 'cpu' && entity && metric === entity)
     .map((metric) => ({label: runs.length > 1 ? `${run.number + 1} ${metric.entity}` : metric.entity,
-      series: metric.series()}))).slice(0, mostCoreRows);
+      series: metric.series()}))).slice(0, runs.length > 1 ? mostCoreRows.together : mostCoreRows.alone);
 }

@@ -82,12 +82,14 @@ function processTables(runs, drawn, clock) {
   const names = runs.flatMap((run) => run.names);
   const runColumn = runs.length < 2 ? []
     : [{key: 'run', title: 'Run', text: (row) => row.run.label}];
-  const pid = {key: 'pid', title: 'PID', unit: '', number: true, exact: (row) => row.pid, text: (row) => String(row.pid)};
+  const pid = {...numberColumn('pid', 'PID', '', 0), text: (row) => String(row.pid)};
   const name = {key: 'name', title: 'Name', text: (row) => row.name};
   const moment = (key, title) => ({
     key, title, number: true, unit: clock.known ? clock.zone : '', exactUnit: 's', exact: (row) => row[key],
     text: (row) => clock.label(row[key], 1),
   });
+  const life = [moment('first', 'from'), moment('last', 'to')];
+  const grown = numberColumn('pss_grown_kb', 'Grown by', 'MB', 1, inMegabytes);
   const memory = [
     numberColumn('pss_first_kb', 'PSS first', 'MB', 1, inMegabytes),
     numberColumn('pss_last_kb', 'last', 'MB', 1, inMegabytes),
@@ -108,25 +110,24 @@ function processTables(runs, drawn, clock) {
   const growing = growingOf(runs);
   if (!processes.length) return [];
   const tables = [
-    new Table({id: 'processes', title: 'Processes', columns: [pid, name, ...runColumn, ...processor, ...memory,
-      moment('first', 'from'), moment('last', 'to')], rows: processes, sortBy: 'cpu_seconds', ...common}),
-    new Table({id: 'names', title: 'By name', note: 'processes of one name summed up', columns: nameColumns(runColumn),
-      rows: names, sortBy: 'cpu_seconds', ...common}),
+    new Table({id: 'processes', title: 'Processes', rows: processes, sortBy: 'cpu_seconds', ...common,
+      columns: [pid, name, ...runColumn, ...processor, ...memory, ...life]}),
+    new Table({id: 'names', title: 'By name', note: 'processes of one name summed up', ...common,
+      columns: nameColumns(name, runColumn), rows: names, sortBy: 'cpu_seconds'}),
   ];
   if (growing.length) {
     tables.push(new Table({id: 'growing', title: 'Growing memory',
       note: 'of processes that were there for a tenth of the run or more',
-      columns: [pid, name, ...runColumn, numberColumn('pss_grown_kb', 'Grown by', 'MB', 1, inMegabytes), ...memory,
-        moment('first', 'from'), moment('last', 'to')],
+      columns: [pid, name, ...runColumn, grown, ...memory, ...life],
       rows: growing, sortBy: 'pss_grown_kb', ...common}));
   }
   drawn.listeners.push(() => tables.forEach((table) => table.fill()));
   return tables;
 }
 
-function nameColumns(runColumn) {
+function nameColumns(name, runColumn) {
   return [
-    {key: 'name', title: 'Name', text: (row) => row.name}, ...runColumn,
+    name, ...runColumn,
     numberColumn('processes', 'Processes', '', 0),
     numberColumn('cpu_seconds', 'Processor', 's', 2),
     numberColumn('cpu_mean', 'mean', '% of a core', 1),

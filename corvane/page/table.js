@@ -18,7 +18,8 @@ class Table {
     this.body = make('tbody');
     this.more = make('button', {type: 'button', class: 'more', onclick: () => this.showMore()});
     this.element = make('section', {class: 'table', id, 'aria-label': title},
-      make('header', {}, make('h3', {}, title), make('span', {class: 'note'}, note || ''), this.count, this.filter),
+      make('header', {}, make('h3', {}, title), make('span', {class: 'note'}, note || ''), this.count,
+        this.filter),
       make('div', {class: 'scroll', tabindex: '0', role: 'region', 'aria-label': title},
         make('table', {}, make('thead', {}, make('tr', {}, this.headings)), this.body)), this.more);
     this.fill();
@@ -68,7 +69,8 @@ class Table {
       else heading.removeAttribute('aria-sort');
     });
     this.body.replaceChildren(...rows.slice(0, this.limit).map((row) => this.lineOf(row)));
-    setText(this.count, rows.length === this.rows.length ? `${rows.length}` : `${rows.length} of ${this.rows.length}`);
+    const all = this.rows.length;
+    setText(this.count, rows.length === all ? `${all}` : `${rows.length} of ${all}`);
     const left = rows.length - this.limit;
     this.more.hidden = left <= 0;
     setText(this.more, `${Math.min(left, moreRows)} more of ${left}`);
@@ -81,7 +83,7 @@ class Table {
       const first = line.firstChild;
       const label = first.textContent;
       first.replaceChildren(make('button', {type: 'button', class: 'draw', title: this.rowHint,
-        'aria-pressed': String(colour !== null)}, colour === null ? make('span', {class: 'swatch empty'}) : swatch(colour), label));
+        'aria-pressed': String(colour !== null)}, swatch(colour), label));
       line.classList.add('clickable');
       line.addEventListener('click', () => {
         if (!String(getSelection())) this.onRow(row);
@@ -93,11 +95,14 @@ class Table {
 
 function cellOf(column, row) {
   const text = column.text(row);
-  if (!column.number) return make('td', {class: column.class ? `name ${column.class(row)}` : 'name', title: text.length > 24 ? text : null}, text);
+  if (!column.number) {
+    const title = text.length > 24 ? text : null;
+    return make('td', {class: column.class ? `name ${column.class(row)}` : 'name', title}, text);
+  }
   const exact = column.exact(row);
   const known = exact !== null && exact !== undefined;
-  return make('td', {class: 'number', 'data-exact': known ? String(exact) : null,
-    title: known && column.unit !== '' ? `${exact} ${column.exactUnit || column.unit || ''}`.trim() : null}, text);
+  const title = known && column.unit !== '' ? `${exact} ${column.exactUnit || column.unit || ''}`.trim() : null;
+  return make('td', {class: 'number', 'data-exact': known ? String(exact) : null, title}, text);
 }
 
 /// What is not known comes last, whichever way is sorted.
