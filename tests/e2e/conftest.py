@@ -6,6 +6,7 @@ import shutil
 import signal
 import subprocess
 import tempfile
+import threading
 import time
 from pathlib import Path
 
@@ -82,11 +83,14 @@ class Profiler:
     def run_and_signal(self, options, number, script="", at="Started all threads", **popen):
         """Sends the signal when the console shows the text."""
         process = self.start(options, script, **popen)
+        watchdog = threading.Timer(60, process.kill)
+        watchdog.start()
         seen = b""
         while at.encode() not in seen:
             line = process.stdout.readline()
             assert line, f"ended without {at!r}: {seen.decode()}"
             seen += line
+        watchdog.cancel()
         process.send_signal(number)
         run = self.finish(process)
         run.out = seen.decode() + run.out

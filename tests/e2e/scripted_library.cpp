@@ -1,18 +1,23 @@
 // Another build of the monitor library: plays the values of a script ($CORVANE_SCRIPT) and records
 // the calls ($CORVANE_CALLS). A script line is "SOURCE [repeat=N] [signal=N] [slow=MS] [step=S]
-// [print=N] VALUES..."; each is one sample, or N of them; step sets the wall clock that the program
-// sees, print is what a library writes on std::cout (N / 8). When a source's lines are played out
-// it reports a stop where its interface can, and repeats the last line where it cannot.
+// [pass=US] [await=N] [print=N] VALUES..."; each is one sample, or N of them; step sets the wall
+// clock that the program sees, await waits for the N-th sample of the cores, print is what a
+// library writes on std::cout (N / 8). When a source's lines are played out it reports a stop where
+// its interface can, and repeats the last line where it cannot.
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <mutex>
+#include <pthread.h>
 #include <signal.h>
 #include <sstream>
 #include <sys/prctl.h>
@@ -50,12 +55,25 @@ std::string joined(const std::vector<int>& numbers) {
   return text;
 }
 
+/// With $CORVANE_OWN_TIME every thread has a time of its own, in ns, that nothing but its waits
+/// moves (and "pass"). It begins near the end of a second.
+const bool hasOwnTime = std::getenv("CORVANE_OWN_TIME") != nullptr;
+thread_local std::int64_t ownTime = 100'900'000'000;
+
+/// How many samples of the cores have been asked for.
+std::atomic<int> cpuSamples{0};
+
 /// By how many seconds the wall clock that the program sees is ahead.
 std::atomic<int> wallClockStep{0};
 
 void sleepMilliseconds(int milliseconds) {
   const timespec time{.tv_sec = milliseconds / 1000, .tv_nsec = milliseconds % 1000 * 1'000'000L};
   if (milliseconds > 0) nanosleep(&time, nullptr);
+}
+
+void waitPeriod(int milliseconds) {
+  ownTime += milliseconds * std::int64_t{1'000'000};
+  if (!hasOwnTime) sleepMilliseconds(milliseconds);
 }
 
 /// Sends the signal and returns when the main thread has taken it.
@@ -100,6 +118,7 @@ bool next(const std::string& source, std::istringstream& values) {
   }
   values = std::istringstream(track.last);
   lock.unlock();
+  cpuSamples += source == "cpu" ? 1 : 0;
   std::string word;
   auto start = values.tellg();
   for (; values >> word && word.find('=') != word.npos; start = values.tellg()) {
@@ -107,6 +126,9 @@ bool next(const std::string& source, std::istringstream& values) {
     if (fresh && word.starts_with("signal")) sendSignal(number);
     if (fresh && word.starts_with("step")) wallClockStep += number;
     if (word.starts_with("print")) std::cout << number / 8.0 << std::endl;
+    while (word.starts_with("await") && cpuSamples < number)
+      sleepMilliseconds(1);
+    if (word.starts_with("pass")) ownTime += number * std::int64_t{1000};
     if (word.starts_with("slow")) sleepMilliseconds(number);
   }
   values.clear();
@@ -145,6 +167,10 @@ State& make(unsigned char* opaque, const std::string& call) {
   record("timer slack " + call + " " + std::to_string(prctl(PR_GET_TIMERSLACK)));
   return *new (opaque) State;
 }
+float value(const char* getter, float number) {
+  record(getter);
+  return number;
+}
 void setPeriod(unsigned char* opaque, const std::string& monitor, int milliseconds) {
   record(monitor + "::corvane_setSamplingTime " + std::to_string(milliseconds));
   in(opaque).period = milliseconds;
@@ -155,8 +181,28 @@ void setPeriod(unsigned char* opaque, const std::string& monitor, int millisecon
 // In front of the C library's, since this library is.
 extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   const auto result = int(syscall(SYS_clock_gettime, clock, time));
-  if (clock == CLOCK_REALTIME) time->tv_sec += wallClockStep;
+  if (clock == CLOCK_REALTIME) {
+    time->tv_sec += wallClockStep;
+  } else if (hasOwnTime) {
+    *time = {.tv_sec = ownTime / 1'000'000'000, .tv_nsec = ownTime % 1'000'000'000};
+  }
   return result;
+}
+extern "C" int pthread_cond_timedwait(pthread_cond_t* cond, pthread_mutex_t* mutex,
+                                      const timespec* deadline) {
+  static const auto wait =
+      decltype(&pthread_cond_timedwait)(dlsym(RTLD_NEXT, "pthread_cond_timedwait"));
+  if (!hasOwnTime) return wait(cond, mutex, deadline);
+  if (deadline->tv_nsec < 0 || deadline->tv_nsec >= 1'000'000'000) return EINVAL;
+  ownTime = std::max(ownTime, deadline->tv_sec * 1'000'000'000 + deadline->tv_nsec);
+  return ETIMEDOUT;
+}
+/// What runs out with the own time is over soon.
+extern "C" unsigned alarm(unsigned seconds) noexcept {
+  itimerval time{};
+  time.it_value = {.tv_sec = hasOwnTime ? 0 : seconds, .tv_usec = hasOwnTime ? 200'000 : 0};
+  setitimer(ITIMER_REAL, &time, nullptr);
+  return 0;
 }
 extern "C" int gettimeofday(timeval* time, void*) noexcept {
   timespec now{};
@@ -179,7 +225,7 @@ void CPU_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "CPU_MON", ms
 double* CPU_MON::corvane_getPerCoreUsage() {
   record("corvane_getPerCoreUsage");
   auto& state = in(opaque_);
-  sleepMilliseconds(state.period);
+  waitPeriod(state.period);
   if (!play("cpu", state.load)) state.load[0] = -1;
   return state.load;
 }
@@ -193,14 +239,26 @@ namespace gpu {
 GPU_MON::GPU_MON() { make(opaque_, "GPU_MON"); }
 GPU_MON::~GPU_MON() { record("~GPU_MON"); }
 std::vector<std::string> GPU_MON::corvane_getGPUHeaders() {
+  record("corvane_getGPUHeaders");
   return {"  GPU  Freq (MHz)", "Util(%)", "Bus Busy", "rd bw", "wr"};
 }
-int GPU_MON::corvane_getGPUSample() { return play("gpu", in(opaque_).floats) ? 0 : -1; }
-float GPU_MON::corvane_getGPUFrequency() { return in(opaque_).floats[0]; }
-float GPU_MON::corvane_getGPUUtilization() { return in(opaque_).floats[1]; }
-float GPU_MON::corvane_gpuBusBusy() { return in(opaque_).floats[2]; }
-float GPU_MON::corvane_getReadBandwidth() { return in(opaque_).floats[3]; }
-float GPU_MON::corvane_getWriteBandwidth() { return in(opaque_).floats[4]; }
+int GPU_MON::corvane_getGPUSample() {
+  record("corvane_getGPUSample");
+  return play("gpu", in(opaque_).floats) ? 0 : -1;
+}
+float GPU_MON::corvane_getGPUFrequency() {
+  return value("corvane_getGPUFrequency", in(opaque_).floats[0]);
+}
+float GPU_MON::corvane_getGPUUtilization() {
+  return value("corvane_getGPUUtilization", in(opaque_).floats[1]);
+}
+float GPU_MON::corvane_gpuBusBusy() { return value("corvane_gpuBusBusy", in(opaque_).floats[2]); }
+float GPU_MON::corvane_getReadBandwidth() {
+  return value("corvane_getReadBandwidth", in(opaque_).floats[3]);
+}
+float GPU_MON::corvane_getWriteBandwidth() {
+  return value("corvane_getWriteBandwidth", in(opaque_).floats[4]);
+}
 }  // namespace gpu
 
 namespace dsp {
@@ -211,12 +269,17 @@ DSP_MON::DSP_MON(int slot, int (*wait)(int)) {
 }
 DSP_MON::~DSP_MON() { record("~DSP_MON"); }
 int DSP_MON::corvane_getDSPSample() {
+  record("corvane_getDSPSample");
   auto& state = in(opaque_);
   if (state.wait(state.slot) != goOn) return -1;
   return play("dsp" + std::to_string(state.slot), state.floats) ? 0 : 1;
 }
-long DSP_MON::corvane_getDSPFrequency() { return long(in(opaque_).floats[0]); }
-float DSP_MON::corvane_getDSPUtilization() { return in(opaque_).floats[1]; }
+long DSP_MON::corvane_getDSPFrequency() {
+  return long(value("corvane_getDSPFrequency", in(opaque_).floats[0]));
+}
+float DSP_MON::corvane_getDSPUtilization() {
+  return value("corvane_getDSPUtilization", in(opaque_).floats[1]);
+}
 }  // namespace dsp
 
 namespace ddr {
@@ -224,6 +287,7 @@ DDR_MON::DDR_MON() { make(opaque_, "DDR_MON"); }
 DDR_MON::~DDR_MON() { record("~DDR_MON"); }
 void DDR_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "DDR_MON", ms); }
 std::int64_t* DDR_MON::corvane_getDDRStats() {
+  record("corvane_getDDRStats");
   play("ddr", in(opaque_).bandwidths);
   return in(opaque_).bandwidths;
 }
@@ -233,6 +297,7 @@ namespace memory {
 MEMORY_MON::MEMORY_MON() { make(opaque_, "MEMORY_MON"); }
 MEMORY_MON::~MEMORY_MON() { record("~MEMORY_MON"); }
 std::uint64_t* MEMORY_MON::corvane_getMemStats() {
+  record("corvane_getMemStats");
   play("mem", in(opaque_).kilobytes);
   return in(opaque_).kilobytes;
 }
@@ -272,6 +337,7 @@ DISK_MON::DISK_MON(int (*wait)(int)) {
 DISK_MON::~DISK_MON() { record("~DISK_MON"); }
 void DISK_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "DISK_MON", ms); }
 std::vector<diskStats>* DISK_MON::corvane_getIOStats() {
+  record("corvane_getIOStats");
   auto& disks = *in(opaque_).disks;
   disks.clear();
   std::istringstream values;
@@ -283,7 +349,12 @@ std::vector<diskStats>* DISK_MON::corvane_getIOStats() {
   }
   return &disks;
 }
-int DISK_MON::corvane_getNumOfIOStats() { return int(in(opaque_).disks->size()); }
+int DISK_MON::corvane_getNumOfIOStats() {
+  record("corvane_getNumOfIOStats");
+  int tooMany[] = {0};
+  play("disk.toomany", tooMany);
+  return int(in(opaque_).disks->size()) + tooMany[0];
+}
 }  // namespace diskio
 
 namespace procmem {
@@ -311,7 +382,8 @@ NET_MON::NET_MON() { make(opaque_, "NET_MON"); }
 NET_MON::~NET_MON() { record("~NET_MON"); }
 void NET_MON::corvane_setSamplingTime(int ms) { setPeriod(opaque_, "NET_MON", ms); }
 std::vector<netStats> NET_MON::corvane_getNetstats() {
-  sleepMilliseconds(in(opaque_).period);
+  record("corvane_getNetstats");
+  waitPeriod(in(opaque_).period);
   std::vector<netStats> interfaces;
   std::istringstream values;
   next("net", values);

@@ -1,6 +1,7 @@
 """The live table: a row as soon as every source that is on has delivered."""
 
 import re
+import signal
 
 import pytest
 
@@ -12,27 +13,31 @@ def cells(*texts):
 @pytest.mark.parametrize(
     "options, script, header, rows",
     [
-        ("-c -A 5", "cpu 12.345\ncpu 0.004\ncpu 100\ncpu signal=2\n", cells("CPU Load"),
+        ("-c -A 5", "cpu 12.345\ncpu 0.004\ncpu 100\n", cells("CPU Load"),
          [cells("12.35"), cells("0.00"), cells("100.00")]),
-        # The GPU waits for its second sample; the CPU value of a row is the newest.
-        ("-c -A 5 -g -B 9999", "cpu 1\ncpu signal=2 slow=100 2\n" + "gpu 305.9 37.5 0 0 0\n",
+        ("-c -A 5 -g -B 9999", "cpu 1\n" + "gpu 305.9 37.5 0 0 0\n",
          cells("CPU Load", "GPU Utilization", "GPU Freq(MHz)"),
          [cells("1.00", "37.50", "305.00")]),
-        ("-a -C 5 -d -D 5", "dsp2 7 1.5\ndsp3 9 2.5\ndsp3 signal=2 slow=50\n",
+        # The newest value of each: the memory waits for the third sample of the cores.
+        ("-c -A 1 -o -G 9999", "cpu 1\ncpu repeat=9999 2\nmem await=3 4 3 1 0 0 0\n",
+         cells("CPU Load", "Memory Usage(%)"), [cells("2.00", "25.00")]),
+        ("-a -C 5 -d -D 5", "dsp2 7 1.5\ndsp3 9 2.5\n",
          cells("ADSP Load", "ADSP Frequency", "CDSP Load", "CDSP Frequency"),
          [cells("1.50", "7.00", "2.50", "9.00")]),
-        ("-r -o -s 9999", "mem 4 3 1 0 0 0\nddr slow=50 signal=2 1 2 3 4 5 4294967297\n",
+        ("-r -o -s 9999", "mem 4 3 1 0 0 0\nddr 1 2 3 4 5 4294967297\n",
          cells("DDR BW Total", "Memory Usage(%)"), [cells("1.00", "25.00")]),
         # With the network every value is text; its bytes are what its record has first.
-        ("-o -G 1 -n -N 50", "mem 4 3 1 0 0 0\nnet lo 9 9 9 9 9 9 9 eth0 1048576 2621440 0 0 0 0 0\n"
-         "net signal=2\n",
+        ("-o -G 1 -n -N 5", "mem 4 3 1 0 0 0\n"
+         "net lo 9 9 9 9 9 9 9 eth0 1048576 2621440 0 0 0 0 0\nnet\n",
          cells("Memory Usage(%)", "Interface Name", "Tx(MB)", "Rx(MB)"),
          [cells("25.000000", "eth0", "1.000000", "2.500000")]),
-        ("-p -F 5", "proc 1 a|0 0 0 0\nproc signal=2\n", "", []),
+        ("-p -F 5", "proc 1 a|0 0 0 0\n", "", []),
     ],
 )  # fmt: skip
 def test_rows(profiler, options, script, header, rows):
-    run = profiler.run(f"{options} --live -t 60 -f x", script)
+    """No source delivers more than its script has, but one that waits for the others' last."""
+    run = profiler.run_and_signal(f"{options} --live -t 60 -f x", signal.SIGINT, script,
+                                  at=(rows or ["Started all threads"])[-1])  # fmt: skip
     lines = run.out.split("\n")
     # Once by the main thread, once by the first hand-off, whichever comes first.
     assert [line for line in lines if header and line == header] == [header] * 2 * bool(header)

@@ -1,7 +1,7 @@
 """Every source from its option to the bytes of its result file: the cases of fixtures/sources."""
 
 import re
-from pathlib import Path
+import signal
 
 import pytest
 from conftest import FIXTURES, RUNNER
@@ -40,31 +40,11 @@ def test_ddr_times_have_six_significant_digits(profiler):
     assert re.fullmatch(r"1\.\d{1,5}e\+06", lines[1].split()[0])
 
 
-def test_monitors_are_called_as_promised(profiler):
-    """Order and arguments of the calls; only the GPU's and the DDR's monitors are destroyed."""
-    script = "cpu 1\nproc 1 a|0 0 0 0\nprocmem 1 0 a|0 0 0 0\ndisk sda 0 0\ndsp3 1 1\nddr signal=2 1\n"
-    run = profiler.run("-cgdrpiu -s 50 -o -G 7 -n -N 100 -t 0 --pid-list 1,2;9 -f x", script)
-    calls = run.calls
-    for order in (
-        ["CPU_MON", "CPU_MON::corvane_setSamplingTime 50", "corvane_getPerCoreUsage",
-         "corvane_getPerCoreStealTime"],
-        ["DDR_MON", "DDR_MON::corvane_setSamplingTime 50", "~DDR_MON"],
-        ["GPU_MON", "~GPU_MON"],
-        ["DSP_MON 3"],
-        ["MEMORY_MON"],
-        ["PROCESS_MON 1 2", "PROCESS_MON::corvane_setSamplingTime 50",
-         "corvane_getProcessStats 1 2"],
-        ["DISK_MON", "DISK_MON::corvane_setSamplingTime 50"],
-        ["PERPROCMEM_MON", "corvane_getPerProcessMemStats 1 2"],
-        ["NET_MON", "NET_MON::corvane_setSamplingTime 100"],
-    ):  # fmt: skip
-        places = [calls.index(call) for call in order]
-        assert places == sorted(places), calls
-    assert {call for call in calls if call.startswith("~")} == {"~DDR_MON", "~GPU_MON"}
-    # Only a period below 100 ms asks to be woken more exactly than others.
-    usual = Path("/proc/self/timerslack_ns").read_text().strip()
-    assert {"timer slack MEMORY_MON 1", "timer slack NET_MON " + usual} <= set(calls)
-    assert run.status == 0
+def test_more_disks_counted_than_there_are(profiler):
+    """The record that is not there is not read; an exception that nobody catches ends the run."""
+    run = profiler.run("-i -J 1 -t 60 -f x", "disk sda 1 1\ndisk.toomany 1\n")
+    assert "std::out_of_range" in run.err
+    assert run.status == -signal.SIGABRT
 
 
 def test_qtimer_stamps_with_the_counter(profiler):

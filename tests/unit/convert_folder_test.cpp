@@ -1,6 +1,7 @@
 // Whole run folders, each with what the three conversions make of it and print: the folders of
 // fixtures/convert. Where a change of that is meant, CORVANE_UPDATE_FIXTURES=1 writes them anew.
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -67,6 +68,7 @@ TEST_P(RunFolder, IsConvertedAsExpected) {
   const fs::path fixture = FIXTURES "/convert/" + GetParam();
   for (const auto& name : filesIn(fixture))
     if (name.ends_with(".txt")) fs::copy(fixture / name, folder.path());
+  const int countBefore = csvConversionCount;
   const auto console = printedBy([&] {
     EXPECT_EQ(jsonConvert(folder.path()), 0);
     EXPECT_EQ(csvConvert(folder.path()), 0);
@@ -74,7 +76,10 @@ TEST_P(RunFolder, IsConvertedAsExpected) {
   });
   expectContent(fixture / "console", readable(console.out, folder.path()));
   EXPECT_EQ(console.err, "");
-  for (const auto& name : filesIn(folder.path())) {
+  const auto made = filesIn(folder.path());
+  EXPECT_EQ(csvConversionCount - countBefore,
+            std::ranges::count_if(made, [](auto& name) { return name.ends_with(".csv"); }));
+  for (const auto& name : made) {
     if (name.ends_with(".txt")) continue;
     expectContent(fixture / name, readable(folder.read(name), folder.path()));
   }
