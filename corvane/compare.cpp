@@ -1,10 +1,12 @@
 #include "compare.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <glob.h>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 
 #include "compare/comparison.h"
 #include "compare/condition_check.h"
@@ -21,9 +23,12 @@ std::vector<std::string> expanded(const std::vector<std::string>& words) {
   std::vector<std::string> folders;
   for (const auto& word : words) {
     glob_t found{};
-    if (::glob(word.c_str(), GLOB_NOCHECK | GLOB_ONLYDIR, nullptr, &found) == 0) {
-      for (std::size_t place = 0; place < found.gl_pathc; ++place)
-        folders.emplace_back(found.gl_pathv[place]);
+    if (::glob(word.c_str(), GLOB_NOCHECK, nullptr, &found) == 0) {
+      for (const std::string path : std::span(found.gl_pathv, found.gl_pathc)) {
+        // What lies beside the folders is not meant; what is named and missing is for the reader to
+        // say.
+        if (path == word || std::filesystem::is_directory(path)) folders.push_back(path);
+      }
     }
     ::globfree(&found);
   }

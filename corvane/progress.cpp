@@ -3,10 +3,8 @@
 #include <cstdio>
 #include <unistd.h>
 
-#include "printable.h"
-
-ProgressLine::ProgressLine(const std::string& what)
-    : what_(printable(what)),
+ProgressLine::ProgressLine(std::string what)
+    : what_(std::move(what)),
       isTerminal_(::isatty(STDERR_FILENO) != 0),
       next_(Clock::now() + std::chrono::seconds(2)) {}
 

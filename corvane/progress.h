@@ -7,7 +7,7 @@
 /// than two seconds. The line is gone afterwards.
 class ProgressLine {
  public:
-  explicit ProgressLine(const std::string& what);
+  explicit ProgressLine(std::string what);
   ~ProgressLine();
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;
