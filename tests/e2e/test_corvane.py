@@ -3,6 +3,7 @@
 import gzip
 import json
 import os
+import pty
 import random
 import signal
 import subprocess
@@ -249,3 +250,71 @@ def test_convert_makes_what_the_profiler_makes(profiler):
     assert (done.returncode, done.stderr) == (0, "")
     assert {path.name: path.read_bytes() for path in folder.iterdir()} == expected
     assert done.stdout.startswith("+++++") and run.out.endswith(done.stdout)
+
+
+SMALL = "Time(usec) TotalCPU\n1000000.00 5.00\n2000000.00 6.00\n3000000.00 7.00\n"
+
+
+@pytest.mark.parametrize("output, status, told", [
+    ("/dev/null", 0, ""), ("/dev/full", 2, "cannot be written: No space left on device"),
+    ("nowhere/t.json", 2, "cannot be made: No such file or directory"), (".", 2, "Is a directory"),
+])
+def test_where_a_trace_cannot_go(tmp_path, output, status, told):
+    folder = write_run(tmp_path / "r", cpu=SMALL)
+    done = corvane("trace", folder, "-o", output, cwd=tmp_path)
+    assert (done.returncode, done.stderr.count("\n")) == (status, 1 if told else 0) and told in done.stderr
+    assert os.listdir(tmp_path) == ["r"] and not os.path.isfile("/dev/null")
+
+
+def test_trace_of_a_part(tmp_path):
+    rows = [(pid, "a" if pid < 5 else "b", 0.0, 0.0, 0.0, 9.0) for pid in range(1, 9)]
+    folder = write_run(tmp_path / "r", cpu=SMALL, proc=text_of(PROC, [(t * 1e6, rows) for t in range(1, 9)]))
+    tracks, _ = traced(folder, "--from", 2, "--to", 4, "--process", "b", "--process", 3)
+    assert tracks.pop("TotalCPU (%)") == [(1000000, 6), (2000000, 7)]
+    assert set(tracks) == {f"{'a' if pid < 5 else 'b'} [{pid}] CPU_Usage (%)" for pid in (3, 5, 6, 7, 8)}
+    assert {tuple(events) for events in tracks.values()} == {((1000000, 9), (2000000, 9), (3000000, 9))}
+
+
+def test_colour_is_for_terminals_that_want_it(tmp_path):
+    folder = write_run(tmp_path / "r", cpu=SMALL)
+
+    def on_terminal(**more):
+        reader, writer = pty.openpty()
+        corvane("show", folder, stdout=writer, stderr=writer, capture_output=False, env=os.environ | more)
+        os.close(writer)
+        text = os.read(reader, 1 << 16)
+        os.close(reader)
+        return text
+
+    assert b"\x1b[1mProcessor" in on_terminal()
+    assert b"\x1b" not in on_terminal(NO_COLOR="1")
+
+
+def test_what_grows_without_end_is_bounded(tmp_path):
+    """Interfaces of containers, and names made of numbers."""
+    devices = [(t * 1e6, [(f"veth{t * 100 + i}", 1 << 20, 0.0, 0, 0.0) for i in range(100)]) for t in range(1, 9)]
+    names = [(t * 1e6, [(t * 100 + i, f"conftest{t * 100 + i}", 0.0, 0.0, i + 1.0, 1.0) for i in range(100)])
+             for t in range(1, 40)]
+    folder = write_run(tmp_path / "r", diskio=text_of(DISK, devices), proc=text_of(PROC, names))
+    (folder / "cpuprofiler_other.txt").write_text(SMALL)
+    (folder / "cpuprofiler_r.txt").write_text(SMALL.replace("7.00", "70.00"))
+    done = corvane("show", "--json", folder)
+    for told in ("more than 256 devices in io", "sums by name are of the names that used most",
+                 "cpuprofiler_other.txt is left out: cpuprofiler_r.txt is of the same source"):
+        assert told in done.stderr
+    report = json.loads(done.stdout)
+    assert len({metric["entity"] for metric in report["metrics"] if metric["source"] == "io"}) == 256
+    assert report["metrics"][0]["max"] == 70
+    # The first fifty that ended, of those with most time (100 s, one in each second), and the living.
+    ended = [p for p in report["processes"] if p["last"] < 39]
+    assert len(report["processes"]) - len(ended) == 100
+    assert {p["cpu_seconds"] for p in ended} == {100, 99} and len(ended) == 50
+    top = [name["cpu_seconds"] for name in report["names"]]
+    assert top[:38] == [100] * 38 and len(top) <= 1024 + 100
+
+
+def test_convert_of_a_malformed_run(tmp_path):
+    folder = write_run(tmp_path / "Results_corvane" / "x", cpu="t a\n1 2\n2 3 4\n")
+    done = corvane("convert", folder, "--json")
+    assert (done.returncode, done.stdout) == (2, "") and "is malformed" in done.stderr
+    assert b'"args" : {"load" : "3"}}' in (folder / "ProfilerOutput.json").read_bytes()
