@@ -9,8 +9,22 @@ _corvane() {
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       return
       ;;
-    --from | --to | --max-mb | --process) return ;;
+    --only | --without | --every)
+      words="cpu gpu adsp cdsp ddr mem proc io procmem net thermal freq power pressure"
+      mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+      return
+      ;;
+    --profiler)
+      mapfile -t COMPREPLY < <(compgen -f -- "$word")
+      return
+      ;;
+    --from | --to | --max-mb | --process | --for | --name | --label | --mark) return ;;
   esac
+  # What stands after -- is a command of its own.
+  if [[ ${COMP_WORDS[1]} == record && " ${COMP_WORDS[*]:2:COMP_CWORD-2} " == *" -- "* ]]; then
+    mapfile -t COMPREPLY < <(compgen -cf -- "$word")
+    return
+  fi
   if ((COMP_CWORD == 1)); then
     words=$("${COMP_WORDS[0]}" --help 2>/dev/null | awk '/^Subcommands:/ { on = 1; next } on { print $1 }')
     mapfile -t COMPREPLY < <(compgen -W "$words --help --version" -- "$word")

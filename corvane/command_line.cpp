@@ -2,13 +2,16 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstring>
 #include <functional>
 
 #include "compare.h"
 #include "convert.h"
 #include "message.h"
+#include "record.h"
 #include "report.h"
 #include "show.h"
+#include "sources.h"
 #include "suggestion.h"
 #include "trace.h"
 
@@ -119,6 +122,59 @@ void addReport(CLI::App& app, ReportOptions& options, Chosen& chosen) {
   command->callback([&] { chosen.run = [&] { return report(options); }; });
 }
 
+CLI::Option* addList(CLI::App& command, const char* name, std::vector<std::string>& words,
+                     const char* text) {
+  return command.add_option(name, words, text)->expected(1)->take_all();
+}
+
+void addRecord(CLI::App& app, RecordOptions& options, Chosen& chosen) {
+  auto* const command = app.add_subcommand(
+      "record", "Record a command, or this machine until Ctrl-C or for a time: -- COMMAND ...");
+  const auto option = [&](const char* name, auto& value, const char* type, const char* text) {
+    command->add_option(name, value, text)->type_name(type);
+  };
+  option("--for", options.limit, "TIME", "Record for so long: 90s, 10m, 2h");
+  addList(*command, "--only", options.only, "Record these sources alone: cpu,proc")
+      ->type_name("SOURCES");
+  addList(*command, "--without", options.without, "Leave these sources out")->type_name("SOURCES");
+  addList(*command, "--every", options.every,
+          "Time between samples, 1s unless given; of one source: proc=500ms; may be repeated")
+      ->type_name("[SOURCE=]TIME");
+  option("--name", options.name, "NAME", "Name of the run folder; the start time unless given");
+  addList(*command, "--label", options.labels, "Note with the run; may be repeated")
+      ->type_name("KEY=VALUE");
+  option("-o,--output", options.output, "FOLDER", "Where Results_corvane is; here unless given");
+  command->add_flag("--json", options.json, "Let the profiler write its trace at the end");
+  command->add_flag("--csv", options.csv, "Let the profiler write its CSV files at the end");
+  command->add_flag("--report", options.report, "Make the page at the end, beside the run folder");
+  command->add_flag("-q,--quiet", options.quiet, "Do not say at the end what was recorded");
+  option("--profiler", options.profiler, "PATH",
+         "The profiler; the one beside this program unless given");
+  option("--mark", options.mark, "TEXT",
+         "Record nothing, but put a mark into the recording that goes on");
+  command->callback([&] { chosen.run = [&] { return record(options); }; });
+}
+
+void addSources(CLI::App& app, SourcesOptions& options, Chosen& chosen) {
+  auto* const command = app.add_subcommand(
+      "sources", "What can be recorded on this machine, and why other things cannot");
+  command->add_option("--profiler", options.profiler, "The profiler whose library is asked")
+      ->type_name("PATH");
+  command->callback([&] { chosen.run = [&] { return sources(options); }; });
+}
+
+/// Takes the command to be recorded, which stands after "--", off the command line: its words are
+/// its own. Returns the number of words before it.
+int takeCommand(int argc, char** argv, RecordOptions& options) {
+  if (argc < 2 || std::strcmp(argv[1], "record") != 0) return argc;
+  for (int i = 2; i < argc; ++i) {
+    if (std::strcmp(argv[i], "--") != 0) continue;
+    options.command.emplace(argv + i + 1, argv + argc);
+    return i;
+  }
+  return argc;
+}
+
 /// The options of a command, or the subcommands where the word is no option.
 std::vector<std::string> candidates(const CLI::App& command, const std::string& word) {
   std::vector<std::string> names;
@@ -141,7 +197,10 @@ int explain(const CLI::App& app, const CLI::ParseError& error) {
   if (!left.empty()) {
     const auto& word = left.front();
     const auto name = word.substr(0, word.find('='));
-    message("unknown " + word + suggestion(name, candidates(command, name)));
+    const bool isCommand = command.get_name() == "record" && !word.starts_with('-');
+    message("unknown " + word +
+            (isCommand ? "; a command to record stands after --"
+                       : suggestion(name, candidates(command, name))));
   } else {
     message(error.what());
   }
@@ -165,8 +224,12 @@ int runCommandLine(int argc, char** argv) {
   addConvert(app, convertOptions, chosen);
   ReportOptions reportOptions;
   addReport(app, reportOptions, chosen);
+  RecordOptions recordOptions;
+  addRecord(app, recordOptions, chosen);
+  SourcesOptions sourcesOptions;
+  addSources(app, sourcesOptions, chosen);
   try {
-    app.parse(argc, argv);
+    app.parse(takeCommand(argc, argv, recordOptions), argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
     return explain(app, error);

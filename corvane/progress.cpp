@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <unistd.h>
 
-ProgressLine::ProgressLine(std::string what)
-    : what_(std::move(what)),
+#include "printable.h"
+
+ProgressLine::ProgressLine(const std::string& what)
+    : what_(printable(what)),
       isTerminal_(::isatty(STDERR_FILENO) != 0),
       next_(Clock::now() + std::chrono::seconds(2)) {}
 

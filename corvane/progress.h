@@ -7,7 +7,7 @@
 /// than two seconds. The line is gone afterwards.
 class ProgressLine {
  public:
-  explicit ProgressLine(std::string what);
+  explicit ProgressLine(const std::string& what);
   ~ProgressLine();
   ProgressLine(const ProgressLine&) = delete;
   ProgressLine& operator=(const ProgressLine&) = delete;

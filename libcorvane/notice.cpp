@@ -1,9 +1,9 @@
 #include "notice.h"
 
+#include <iostream>
 #include <mutex>
 #include <set>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -21,7 +21,6 @@ void forgetNotices() {
 void noticeOnce(std::string_view text) {
   const std::lock_guard lock(mutex);
   if (!said.emplace(text).second) return;
-  const std::string line = "corvane: " + std::string(text) + "\n";
-  // Nobody is left to tell when standard error itself cannot be written.
-  [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
+  // By the stream, which the program may have made one that waits for no reader.
+  std::cerr << "corvane: " + std::string(text) + "\n";
 }

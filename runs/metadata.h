@@ -64,6 +64,8 @@ struct Host {
 /// How a process ended: one of the two, or neither while it runs.
 struct Ending {
   std::optional<int> status{}, signal{};
+
+  bool isOver() const { return status || signal; }
 };
 
 /// The command that was recorded.

@@ -6,6 +6,13 @@
 
 namespace runs {
 
+namespace {
+
+/// Microseconds, thirty thousand years: beyond it nobody counts.
+constexpr double latest = 1e18;
+
+}  // namespace
+
 std::optional<double> numberOf(std::string_view field) {
   const auto number = toDouble(field);
   return number && std::isfinite(*number) ? number : std::nullopt;
@@ -51,7 +58,7 @@ bool ResultReader::takeTime() {
   const bool sameTime = fields_[0] == timeText_;
   if (!sameTime) {
     const auto number = numberOf(fields_[0]);
-    if (!number || *number < 0 || *number < microseconds_) return false;
+    if (!number || *number < 0 || *number < microseconds_ || *number > latest) return false;
     microseconds_ = *number;
     timeText_ = fields_[0];
   }

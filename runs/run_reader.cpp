@@ -12,6 +12,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// In one gap: more than a day in milliseconds.
+constexpr double mostMissed = 1e9;
+
 /// Steps between half and one and a half of the usual one are whole ones.
 bool isOneStep(double step, double usual) {
   return step >= usual / 2 && step < usual * 1.5;
@@ -62,7 +65,7 @@ std::uint64_t SourceActivity::missed() const {
   for (const auto& cell : steps.cells()) {
     const double step = (double(cell.low) + double(cell.high)) / 2;
     if (usual > 0 && step > usual)
-      missing += std::uint64_t(std::round(step / usual) - 1) * cell.count;
+      missing += std::uint64_t(std::min(std::round(step / usual) - 1, mostMissed)) * cell.count;
   }
   return missing;
 }

@@ -97,3 +97,15 @@ def test_reader_that_stands_still(profiler, kind, end):
     os.close(ours)
     assert converted(run) > 1 if end == "signal" else converted(run) == ROWS + 1
     assert run.status == 0
+
+
+def test_reader_of_errors_that_stands_still(profiler):
+    """What the library says of sources that this machine lacks holds nothing up, either."""
+    ours, its = full("pipe")
+    process = profiler.start("-garo -s 100 -t 1 --csv -f x", scripted=False, stderr=its)
+    os.close(its)
+    wait_until((profiler.folder / "Results_corvane/x/memprofiler_x.csv").exists)
+    process.send_signal(signal.SIGTERM)
+    run = profiler.finish(process)
+    os.close(ours)
+    assert "SUMMARY" in run.out and run.status == 0

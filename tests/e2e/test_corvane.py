@@ -56,6 +56,26 @@ def test_processes_are_those_that_lived(tmp_path, seed):
     assert not names
 
 
+# What the two sources list at which second: (total, name) or KB of PID 5, None where it is missing.
+@pytest.mark.parametrize("proc, procmem, lives", [
+    ({t: (t, "a") if t not in (5, 6) else None for t in range(1, 9)}, {2: 1, 6: None}, [(1, 4), (7, 8)]),
+    ({t: (t, "a") for t in range(1, 9)}, {1: 7, 2: 7, 3: None, 4: 7, 5: 7}, [(1, 8)]),
+    ({1: (0.01, "sh"), 2: (0.02, "sh"), 3: (0.02, "make"), 4: (0.5, "make")}, {}, [(1, 4)]),
+    ({4: (1, "a"), 8: (3, "a")}, {t: 9 if t != 6 else None for t in range(1, 9)}, [(1, 5), (7, 8)]),
+    ({1: (5, "a"), 2: (6, "a"), 3: (0.5, "a")}, {}, [(1, 2), (3, 3)]),
+    ({}, {1: 3, 2: None, 3: 3}, [(1, 1), (3, 3)]),
+], ids=["back later", "no memory for a moment", "another program", "seen by memory alone", "at once", "memory only"])
+def test_which_rows_are_one_process(tmp_path, proc, procmem, lives):
+    other = (1, "init", 0.0, 0.0, 0.0, 0.0)
+    cpu = [(t * 1e6, [other] + ([(5, row[1], 0.0, 0.0, row[0] + 0.0, 0.0)] if row else []))
+           for t, row in proc.items()]
+    memory = [(t * 1e6, [(1, 0, "init", 1, 1, 1, 1)] + ([(5, 1, "a", kb, kb, kb, kb)] if kb else []))
+              for t, kb in procmem.items()]
+    folder = write_run(tmp_path / "r", proc=text_of(PROC, cpu), procmem_=text_of(made_runs.PROCMEM, memory))
+    found = [p for p in shown(folder)["processes"] if p["pid"] == 5]
+    assert sorted((p["first"], p["last"]) for p in found) == lives
+
+
 def test_a_part_of_the_run_and_some_processes(tmp_path):
     proc, procmem, lives = made_runs.processes(3, seconds=60)
     folder = write_run(tmp_path / "r", proc=proc, procmem_=procmem)

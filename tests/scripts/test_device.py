@@ -59,6 +59,16 @@ def test_interrupt_ends_the_run_on_the_device(start):
     assert (start.host / "Results_corvane/x/memprofiler_x.txt").exists()
 
 
+def test_records_on_the_device(start):
+    process = start("record", "--only", "mem", "--every", "20ms", "--name", "a b", "--", "sh", "-c", "exit 3")
+    out, err = process.communicate(timeout=60)
+    assert (process.returncode, out) == (3, b""), err
+    home = start.host / "Results_corvane"
+    assert f"results: {home}/a b\n" in err.decode()
+    assert json.loads((home / "a b.run.json").read_text())["command"]["status"] == 3
+    assert (home / "a b.log").exists() and (home / "a b/memprofiler_a b.txt").exists()
+
+
 def test_what_the_program_says_without_a_run_is_passed_on(start):
     process = start("--version")
     out, err = process.communicate(timeout=60)
