@@ -31,7 +31,7 @@ class Series {
       : Float64Array.from(this.high, (_, i) => packed.from + (i + 1) * packed.step);
     this.usual = this.exact ? middleStep(this.time) : this.step;
     // A period that was long is one all the same; between states that lie far apart nothing is known.
-    this.pause = (!this.exact ? 1.5 : meaning === 'state' ? 3.5 : 12.5) * this.usual;
+    this.pause = (!this.exact ? 2.5 : meaning === 'state' ? 3.5 : 12.5) * this.usual;
   }
 
   get length() {
