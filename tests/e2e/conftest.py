@@ -16,6 +16,12 @@ FIXTURES = Path(__file__).resolve().parent.parent / "fixtures"
 BUILD = Path(os.environ["CORVANE_BUILD"])
 RUNNER = shlex.split(os.environ.get("CORVANE_RUNNER", ""))  # an emulator, for another processor
 PROGRAM = [*RUNNER, str(BUILD / "profiler_app")]
+CORVANE = [*RUNNER, str(BUILD / "corvane")]
+
+
+def corvane(*arguments, **options):
+    options = {"capture_output": True, "text": True, "timeout": 120} | options
+    return subprocess.run([*CORVANE, *map(str, arguments)], **options)
 # A static build has a second program with the scripted library in it.
 STATIC = (BUILD / "scripted/profiler_app").exists()
 SCRIPTED_PROGRAM = [*RUNNER, str(BUILD / "scripted/profiler_app")] if STATIC else PROGRAM

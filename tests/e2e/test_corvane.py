@@ -11,16 +11,8 @@ import time
 
 import made_runs
 import pytest
-from conftest import BUILD, RUNNER
+from conftest import CORVANE, corvane
 from made_runs import DISK, MEM, NET, PROC, line, text_of, write_run
-
-CORVANE = [*RUNNER, str(BUILD / "corvane")]
-
-
-def corvane(*arguments, **options):
-    options = {"capture_output": True, "text": True, "timeout": 120} | options
-    return subprocess.run([*CORVANE, *map(str, arguments)], **options)
-
 
 def shown(*arguments):
     done = corvane("show", "--json", *arguments)

@@ -10,10 +10,9 @@ import termios
 import time
 
 import pytest
-from conftest import BUILD, PROGRAM, RUNNER
+from conftest import BUILD, CORVANE, PROGRAM, RUNNER
 
 pytestmark = pytest.mark.skipif(bool(RUNNER), reason="an emulated process starts no other one")
-CORVANE = [str(BUILD / "corvane")]
 ENDLESS = "cpu repeat=99999 slow=2 1 2 3\nmem 4 3 1\nproc repeat=99999 7 a|1 1 2 0.5\n"
 
 

@@ -4,11 +4,8 @@ import json
 import random
 
 import pytest
-from conftest import write_rows
-
-MEM = "Time(usec) Total_Mem(KB) Available_Mem(KB) Used_Mem(KB) Mem_Usage(%)"
-PROC = "Time(usec) PID ProcessName UserTime SystemTime TotalTime CPU_Usage(%)"
-PROCMEM = "Time(usec) PID PPID ProcessName VSS(KB) PSS(KB) RSS(KB) USS(KB)"
+from conftest import corvane
+from made_runs import MEM, PROC, PROCMEM, text_of, write_run
 
 
 def make_run(folder, seed, samples=60, used=1000000, intruder=None, period=1):
@@ -16,25 +13,28 @@ def make_run(folder, seed, samples=60, used=1000000, intruder=None, period=1):
     noise = random.Random(seed)
     memory, usage, resident = [], [], []
     for number in range(1, samples + 1):
-        time = f"{number * period * 1e6:.2f}"
         now = int(used + noise.gauss(0, 10000))
-        memory.append([time, 4000000, 4000000 - now, now, f"{now / 40000:.3f}"])
+        memory.append((number * period * 1e6, [(4000000, 4000000 - now, now, now / 40000, 0, 0, 0, 0.0)]))
         processes = [(10, "steady", 20 + noise.gauss(0, 1), 5000)]
         if intruder and number % 3 == 0:
-            processes.append((20, intruder, 90, 8000))
-        for pid, name, load, pss in processes:
-            usage.append([time, pid, name, "0.00", "0.00", "0.00", f"{load:.2f}"])
-            resident.append([time, pid, 1, name, 9999, pss, 9000, 100])
-        usage += [None, None]
-        resident += [None, None]
-    write_rows(folder, "memprofiler", MEM, memory)
-    write_rows(folder, "procprofiler", PROC, usage)
-    write_rows(folder, "procmem-profiler", PROCMEM, resident)
+            processes.append((20, intruder, 90.0, 8000))
+        usage.append((number * period * 1e6, [(pid, name, 0.0, 0.0, 0.0, load)
+                                              for pid, name, load, _ in processes]))
+        resident.append((number * period * 1e6, [(pid, 1, name, 9999, pss, 9000, 100)
+                                                 for pid, name, _, pss in processes]))
+    write_run(folder, mem=text_of(MEM, memory), proc=text_of(PROC, usage),
+              procmem_=text_of(PROCMEM, resident))
     return folder
 
 
-def figures(corvane, *arguments, **options):
-    result = json.loads(corvane("compare", *arguments, "--json", **options).stdout)
+def compared(*arguments, status=0, **options):
+    done = corvane("compare", *arguments, **options)
+    assert done.returncode == status, done.stderr
+    return done
+
+
+def figures(*arguments, **options):
+    result = json.loads(compared(*arguments, "--json", **options).stdout)
     return {(one["source"], one["entity"], one["metric"]): one for one in result["metrics"]}
 
 
@@ -42,12 +42,12 @@ USED = ("mem", "", "Used_Mem")
 
 
 @pytest.mark.parametrize("runs", [1, 3, 5])
-def test_changes_are_named_and_nothing_else(corvane, tmp_path, runs):
+def test_changes_are_named_and_nothing_else(tmp_path, runs):
     for number in range(runs):
         make_run(tmp_path / f"a{number}", number)
     others = [make_run(tmp_path / f"b{number}", 90 + number, used=1040000, intruder="thief")
               for number in range(runs)]
-    found = figures(corvane, "a*", "--with", *others)
+    found = figures("a*", "--with", *others, cwd=tmp_path)
     changed = {key[:2] if key[1] else key: one["verdict"] for key, one in found.items()
                if one["verdict"] in ("better", "worse")}
     assert changed == {
@@ -67,37 +67,38 @@ def test_changes_are_named_and_nothing_else(corvane, tmp_path, runs):
     assert found["proc", "steady", "CPU_Usage"]["verdict"] == "same"
 
 
-def test_what_is_told(corvane, tmp_path):
+def test_what_is_told(tmp_path):
     base, other = make_run(tmp_path / "a", 1), make_run(tmp_path / "b", 2, used=1040000)
-    text = corvane("compare", base, "--with", other).stdout
+    text = compared(base, "--with", other).stdout
     told_figures = [line.split()[1] for line in text.splitlines() if line.endswith("worse")]
     assert sorted(told_figures[:2]) == ["Mem_Usage", "Used_Mem"]  # the same change
     assert told_figures[2:] == ["Available_Mem"]  # a smaller one
-    assert text.endswith("3 worse, 0 better, 3 the same, 0 with too little to tell\n")
+    assert text.endswith("3 worse, 0 better, 7 the same, 0 with too little to tell\n")
     assert max(map(len, text.splitlines())) <= 80
-    everything = corvane("compare", base, "--with", other, "--all").stdout
+    everything = compared(base, "--with", other, "--all").stdout
     assert "proc steady" in everything and "proc steady" not in text
-    assert figures(corvane, base, "--with", other, "--at-least", "5%")[USED]["verdict"] == "same"
-    told = figures(corvane, base, "--with", other, "--more-is-better", "Used_Mem")
+    assert figures(base, "--with", other, "--at-least", "5%")[USED]["verdict"] == "same"
+    told = figures(base, "--with", other, "--more-is-better", "Used_Mem")
     assert told[USED]["verdict"] == "better"
-    corvane("compare", base, "--with", other, "--report", "page.html")
+    compared(base, "--with", other, "--report", tmp_path / "page.html")
     page = (tmp_path / "page.html").read_text()
     assert "What differs between base and new" in page and '"Used_Mem"' in page
-    corvane("compare", base, "--with", other, "--report", "nowhere/page.html", status=2)
+    compared(base, "--with", other, "--report", tmp_path / "nowhere/page.html",
+             status=2)
 
 
-def test_too_little_is_no_verdict(corvane, tmp_path):
+def test_too_little_is_no_verdict(tmp_path):
     base, other = (make_run(tmp_path / name, 1, samples=9, used=used)
                    for name, used in (("a", 1000000), ("b", 2000000)))
-    used = figures(corvane, base, "--with", other)[USED]
+    used = figures(base, "--with", other)[USED]
     assert (used["verdict"], used["low"], used["high"]) == ("inconclusive", None, None)
 
 
-def test_other_settings_are_said_first(corvane, tmp_path):
+def test_other_settings_are_said_first(tmp_path):
     base, other = make_run(tmp_path / "a", 1), make_run(tmp_path / "b", 2, period=0.5)
     for run, kernel in ((base, "6.1.0"), (other, "6.6.1")):
         run.with_suffix(".run.json").write_text(json.dumps({"schema": 1, "host": {"kernel": kernel}}))
-    text = corvane("compare", base, "--with", other).stdout
+    text = compared(base, "--with", other).stdout
     assert "kernel: 6.1.0 against 6.6.1\n" in text
     assert "period of mem: 1000 ms against 500 ms\n" in text
 
@@ -118,8 +119,8 @@ def test_other_settings_are_said_first(corvane, tmp_path):
     ("mem.Used_Mem.max > +1bananas", 2, "unknown unit"),
     ("mem.Used_Mem.max", 2, "no > or <"),
 ])
-def test_conditions(corvane, tmp_path, condition, status, said):
+def test_conditions(tmp_path, condition, status, said):
     base = make_run(tmp_path / "a", 1)
     other = make_run(tmp_path / "b", 2, used=1040000, intruder="thief")
-    done = corvane("compare", base, "--with", other, "--fail-if", condition, status=status)
+    done = compared(base, "--with", other, "--fail-if", condition, status=status)
     assert said in done.stderr and bool(said) == bool(done.stderr)
