@@ -108,11 +108,11 @@ int main(int argc, char** argv) {
   const bool fileGiven = parseOptions(argc, argv);
   update_default_sample_time();
   if (dump_parameters() != 0) endProcess(0);
-  checkCounterRate();
 
   dataEndpoint = new DATAENDPOINT;
   dataEndpoint->writeRowsBy(sayAtOnceOrNever);
   signal_setup();
+  checkCounterRate();  // not before: with standard error gone it would be the end by SIGPIPE
   chooseSuffix(fileGiven);
   setupDirectoryStructure();
   live_report_init();

@@ -113,6 +113,7 @@ int openToRead(const FilePath& file) {
 int openToWrite(const FilePath& file) {
   const int descriptor = openAt(file, O_WRONLY | O_CREAT | O_NOFOLLOW | fileFlags, 0666);
   struct stat info{};
+  if (descriptor < 0 && errno == ENXIO) errno = kindRefused;  // a fifo that nobody reads, a socket
   if (descriptor < 0) return -1;
   if (::fstat(descriptor, &info) != 0) return unless(errno, descriptor);
   if (!S_ISREG(info.st_mode)) return unless(kindRefused, descriptor);

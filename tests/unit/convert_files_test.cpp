@@ -150,7 +150,7 @@ TEST_F(ResultFile, WhoseCsvCannotBeWrittenDoesNotStopTheOthers) {
         "b.csv cannot be opened: it is a link, which is not followed here",
         "c.csv cannot be opened: it has other names, too (hard links)",
         "d.csv cannot be opened: it is a link, which is not followed here",
-        "e.csv cannot be opened: No such device or address"})
+        "e.csv cannot be opened: it is not a regular file"})
     expected += "corvane: " + folder.path(fault) + "\n";
   EXPECT_EQ(console.err, expected);
   EXPECT_EQ(folder.read("victim") + folder.read("f.csv"), "whole\n4.00\n");
