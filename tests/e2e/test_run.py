@@ -207,7 +207,7 @@ def test_full_disk_keeps_the_complete_lines_of_a_block(profiler):
     assert (devices, text[-1]) == (["a", "b", "c"] * 2 + ["a"], "\n")
 
 
-@pytest.mark.skipif(SANITIZED or RUNNER, reason="needs stacks of its own")
+@pytest.mark.skipif(bool(SANITIZED or RUNNER), reason="needs stacks of its own")
 def test_thread_that_cannot_be_started(profiler):
     run = profiler.run("-c -o --live -f x", "", preexec_fn=limit(resource.RLIMIT_STACK, 1 << 47))
     assert run.out.endswith(
