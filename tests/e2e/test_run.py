@@ -71,7 +71,7 @@ ddr 1
 mem 1
 proc 1 a|0 0 0 0
 procmem 1 0 a|1 1 1 1
-disk sda 1 1
+disk repeat=9999 sda 1 1
 net lo 0 0 0 0 0 0 0
 """
 
@@ -79,12 +79,13 @@ net lo 0 0 0 0 0 0 0
 @pytest.mark.parametrize("number", [signal.SIGINT, signal.SIGTERM, signal.SIGABRT])
 @pytest.mark.parametrize("at", ["Filename ", "Started all threads"])
 def test_stop_signal_ends_a_run_without_a_limit(profiler, number, at):
-    run = profiler.run_and_signal(f"{ALL} -s 3000 -t 0 -A 20 -N 20 -f x", number, ENDLESS, at=at)
+    run = profiler.run_and_signal(f"{ALL} -s 600000 -t 0 -A 20 -N 20 -f x", number, ENDLESS, at=at)
     # Between these lines stand what the collectors say as they end.
     ends = "\n\n", "\nnotifyThreadsExit\n", "waitThread enter\n", "waitThread exit\n", "\nProfiling done\n"
     places = [run.out.index(text) for text in ends]
     assert places == sorted(places)
     assert run.out.endswith("+\n")
+    assert run.result("diskioprofiler").count("\n") == 1  # no sample for a wait that was cut short
     assert (run.status, run.err) == (0, "")
 
 
@@ -113,7 +114,7 @@ def test_second_run_with_a_suffix_overwrites(profiler):
 
 
 def test_two_runs_at_once_with_a_suffix(profiler):
-    first = profiler.start("-o -r -s 60000 -t 0 -f x", "mem 2 1 1\nddr 1\n")
+    first = profiler.start("-o -r -s 600000 -t 0 -f x", "mem 2 1 1\nddr 1\n")
     folder = profiler.folder / "Results_corvane/x"
     wait_until(lambda: [path.read_text().count("\n") for path in folder.glob("*.txt")] == [2, 2])
     second = profiler.run("-o -r -s 1 -f x", "mem repeat=5 2 1 1\nmem signal=2 2 1 1\nddr 1\n")
