@@ -18,5 +18,3 @@ foreach(kind EXECUTABLE SHARED_LIBRARY)
 endforeach()
 # Where a kit keeps its libraries, below usr/lib.
 set(CMAKE_LIBRARY_ARCHITECTURE aarch64-linux-android)
-# Named once more, ahead of the C++ library's headers, this folder would keep those from what they wrap.
-list(APPEND CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES ${CMAKE_SYSROOT}/usr/include)
