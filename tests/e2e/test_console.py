@@ -35,18 +35,20 @@ def converted(run_or_profiler):
     return lines if lines == table.with_suffix(".txt").read_text().count("\n") else 0
 
 
-@pytest.mark.parametrize("rows", [True, False])
-def test_reader_that_goes_away(profiler, rows):
-    """The next row ends the run; where no row is due, it goes on to its own end."""
+@pytest.mark.parametrize("due", ["row", "text", "nothing"])
+def test_reader_that_goes_away(profiler, due):
+    """The next row or text ends the run; where none is due, it goes on to its own end."""
+    rows = due == "row"
     options = OPTIONS if rows else OPTIONS.replace("--live ", "")
-    process = profiler.start(options + " -t 0", SCRIPT.replace(str(ROWS), "9999999") if rows else SCRIPT)
+    without_end = "cpu repeat=9 1\ncpu repeat=9999999 " + ("1\n" if rows else "print=8 1\n")
+    process = profiler.start(options + " -t 0", SCRIPT if due == "nothing" else without_end)
     seen = b""
-    while not (b"CPU Load" in seen and b"Starting" in seen):  # in either order
+    while seen.count(b"CPU Load") <= rows or b"Starting" not in seen:  # all but rows, in any order
         seen += process.stdout.readline()
     process.stdout.close()
     process.stderr.close()
     run = profiler.finish(process)
-    assert converted(run) > 1 if rows else converted(run) == ROWS + 1
+    assert converted(run) == ROWS + 1 if due == "nothing" else converted(run) > 1
     assert run.status == 0
 
 
@@ -99,13 +101,18 @@ def test_reader_that_stands_still(profiler, kind, end):
     assert run.status == 0
 
 
-def test_reader_of_errors_that_stands_still(profiler):
-    """What the library says of sources that this machine lacks holds nothing up, either."""
+@pytest.mark.parametrize("gone", [False, True])
+def test_reader_of_errors_alone(profiler, gone):
+    """Gone or standing still: what the library says of what this machine lacks holds up and ends nothing."""
     ours, its = full("pipe")
+    if gone:
+        os.close(ours)
     process = profiler.start("-garo -s 100 -t 1 --csv -f x", scripted=False, stderr=its)
     os.close(its)
     wait_until((profiler.folder / "Results_corvane/x/memprofiler_x.csv").exists)
     process.send_signal(signal.SIGTERM)
     run = profiler.finish(process)
-    os.close(ours)
-    assert "SUMMARY" in run.out and run.status == 0
+    if not gone:
+        os.close(ours)
+    assert "SUMMARY" in run.out and "notifyThreadsExit" not in run.out
+    assert run.status == 0
