@@ -69,26 +69,35 @@ void addRecording(Facts& facts, const runs::Metadata& metadata) {
   facts.add("Profiler", joined(metadata.profiler.arguments));
   facts.add("Version", metadata.profiler.version);
   facts.add("Library", metadata.profiler.library);
+}
+
+Json missingOf(const runs::Metadata& metadata) {
+  Json list = Json::array();
   for (const auto& [source, reason] : metadata.missing)
-    facts.add("No " + source, reason);
-  for (const auto& notice : metadata.notices)
-    facts.add("Notice", notice);
-  for (const auto& fault : metadata.faults)
-    facts.add("Fault", fault);
+    list.push_back(source + ": " + reason);
+  for (const auto& lines : {metadata.notices, metadata.faults}) {
+    for (const auto& line : lines)
+      list.push_back(line);
+  }
+  return list;
 }
 
 }  // namespace
 
 Json factsOf(const std::optional<runs::Metadata>& metadata) {
-  Json machine = Json::array(), marks = Json::array();
+  Json machine = Json::array(), missing = Json::array(), marks = Json::array();
   Facts facts;
   if (metadata) {
     for (const auto& word : {metadata->host.name, metadata->host.model, metadata->host.kernel})
       machine.push_back(word);
     addHost(facts, metadata->host);
     addRecording(facts, *metadata);
+    missing = missingOf(*metadata);
     for (const auto& mark : metadata->marks)
       marks.push_back({metadata->secondsAt(double(mark.at.counter) / nominalMhz), mark.text});
   }
-  return {{"machine", std::move(machine)}, {"facts", facts.take()}, {"marks", std::move(marks)}};
+  return {{"machine", std::move(machine)},
+          {"facts", facts.take()},
+          {"missing", std::move(missing)},
+          {"marks", std::move(marks)}};
 }

@@ -26,7 +26,8 @@ function recordingOf(runs) {
   return make('details', {class: 'recording', id: 'recording'}, make('summary', {}, 'How it was recorded'),
     runs.map((run) => make('div', {class: 'columns'},
       make('div', {}, runs.length > 1 ? make('h3', {}, swatch(run.colour), run.label) : null,
-        make('h3', {}, 'Sources'), sourceTable(run.run.sources), notesOf(run)),
+        make('h3', {}, 'Sources'), sourceTable(run.run.sources),
+        listOf('Not measured', run.about.missing), listOf('Not whole', run.notes)),
       run.about.facts.length
         ? make('div', {}, make('h3', {}, 'Machine and recording'), factList(run.about.facts)) : null)));
 }
@@ -45,10 +46,9 @@ function sourceTable(sources) {
     make('tbody', {}, sources.map(row)));
 }
 
-function notesOf(run) {
-  if (!run.notes.length) return null;
-  return [make('h3', {}, 'Not whole'),
-    make('ul', {class: 'notes'}, run.notes.map((note) => make('li', {}, note)))];
+function listOf(title, lines) {
+  if (!lines.length) return null;
+  return [make('h3', {}, title), make('ul', {class: 'notes'}, lines.map((line) => make('li', {}, line)))];
 }
 
 function factList(facts) {

@@ -1,5 +1,7 @@
 """Run folders with samples that a test has chosen, in the forms of the result files."""
 
+import json
+
 
 def columns(widths, rows):
     """Right-aligned fields; numbers as the profiler writes them."""
@@ -17,6 +19,16 @@ class MadeRun:
 
     def write(self, prefix, text):
         (self.folder / f"{prefix}_{self.suffix}.txt").write_text(text)
+
+    def metadata(self, start, host, labels=(), missing=(), marks=()):
+        """Marks are (second of the run, text)."""
+        def at(second):
+            return {"wall": start, "boot_s": 100.0 + second, "counter": round((100 + second) * 19200000)}
+        about = {"schema": 1, "suffix": self.suffix, "start": at(0), "end": None, "counter_hz": 19200000.0,
+                 "host": {"name": host}, "labels": dict(labels),
+                 "missing": [{"source": source, "reason": reason} for source, reason in missing],
+                 "marks": [{"text": text, "at": at(second)} for second, text in marks]}
+        (self.folder.parent / f"{self.suffix}.run.json").write_text(json.dumps(about))
 
     def cpu(self, samples, cores=2):
         """Of (seconds, [load of each core])."""

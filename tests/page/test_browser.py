@@ -110,6 +110,24 @@ def test_hostile_names_are_text(open_page, tmp_path):
     page.picture("hostile")
 
 
+def test_tells_where_and_when_it_was_recorded(open_page, tmp_path):
+    run = MadeRun(tmp_path, "told")
+    run.cpu((t, [50, 20]) for t in range(1, 61))
+    run.metadata("2026-11-23T22:59:30.000000000-05:30", "<i>host</i>", labels={"<b>": "</title><p>"},
+                 missing=[("gpu", "<u>none</u>")], marks=[(31, "<b>pressed</b>")])
+    page = open_page(make_page(tmp_path / "page.html", run.folder))
+    assert page.text(".facts").startswith("<i>host</i> · 2026-11-23 22:59:30 -05:30 · ")
+    page.run("document.querySelector('#recording').open = true")
+    told = page.text("#recording")
+    assert all(text in told for text in ("<b>\n</title><p>", "Not measured\ngpu: <u>none</u>"))
+    assert page.text(".mark") == "<b>pressed</b>"
+    page.pointer("#cores", ("move", 0.5))
+    page.wait("return document.querySelector('.readout').innerText.startsWith('23:00:00')")
+    assert "23:00:00" in page.texts("#cores .dygraph-axis-label-x")
+    assert page.complaints() == []
+    page.picture("told")
+
+
 def test_several_runs_lie_over_each_other(open_page, tmp_path):
     short, long = spike_run(tmp_path, "short"), spike_run(tmp_path, "long", seconds=90, spike=70)
     page = open_page(make_page(tmp_path / "page.html", short, long))
