@@ -88,7 +88,9 @@ Json factsOf(const std::optional<runs::Metadata>& metadata) {
   Json machine = Json::array(), missing = Json::array(), marks = Json::array();
   Facts facts;
   if (metadata) {
-    for (const auto& word : {metadata->host.name, metadata->host.model, metadata->host.kernel})
+    const auto& kernel = metadata->host.kernel;
+    for (const auto& word :
+         {metadata->host.name, metadata->host.model, kernel.substr(0, kernel.find(" #"))})
       machine.push_back(word);
     addHost(facts, metadata->host);
     addRecording(facts, *metadata);
