@@ -36,7 +36,7 @@ std::string_view trimmed(std::string_view text) {
 }
 
 /// Arm's own cores by the number that they state of themselves.
-std::string armCore(std::string_view implementer, std::string_view part) {
+std::string armCore(std::string_view maker, std::string_view part) {
   constexpr std::pair<std::string_view, const char*> parts[] = {
       {"0xd03", "Cortex-A53"}, {"0xd04", "Cortex-A35"},  {"0xd05", "Cortex-A55"},
       {"0xd07", "Cortex-A57"}, {"0xd08", "Cortex-A72"},  {"0xd09", "Cortex-A73"},
@@ -47,8 +47,8 @@ std::string armCore(std::string_view implementer, std::string_view part) {
       {"0xd4e", "Cortex-X3"},  {"0xd80", "Cortex-A520"}, {"0xd81", "Cortex-A720"},
       {"0xd82", "Cortex-X4"}};
   const auto known = std::ranges::find(parts, part, [](const auto& entry) { return entry.first; });
-  if (implementer == "0x41" && known != std::end(parts)) return known->second;
-  return "implementer " + std::string(implementer) + ", part " + std::string(part);
+  if (maker == "0x41" && known != std::end(parts)) return known->second;
+  return "maker " + std::string(maker) + ", part " + std::string(part);
 }
 
 /// Cores of one name together, in the order of their first ones.
@@ -56,7 +56,7 @@ std::vector<runs::Processor> processors(std::string_view cpuinfo) {
   std::vector<std::pair<std::string, std::vector<int>>> kinds;
   int core = -1;
   std::string name;
-  std::string_view implementer;
+  std::string_view maker;
   const auto take = [&] {
     if (core < 0 || name.empty()) return;
     auto kind = std::ranges::find(kinds, name, [](const auto& entry) { return entry.first; });
@@ -74,10 +74,10 @@ std::vector<runs::Processor> processors(std::string_view cpuinfo) {
       core = toNumber<int>(value).value_or(-1);
     } else if (key == "model name") {
       name = value;
-    } else if (key == "CPU implementer") {
-      implementer = value;
+    } else if (key.starts_with("CPU impl")) {
+      maker = value;
     } else if (key == "CPU part" && name.empty()) {
-      name = armCore(implementer, value);
+      name = armCore(maker, value);
     }
   }
   take();
