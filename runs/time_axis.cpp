@@ -46,14 +46,16 @@ std::optional<FirstTimes> firstTimes(const ResultFile& file) {
 }
 
 TimeAxis timeAxis(const std::vector<FirstTimes>& times, const std::optional<Metadata>& metadata) {
-  if (std::ranges::none_of(times, &FirstTimes::counter)) return {};
+  // A run that has metadata was recorded with the counter's stamps, whatever these look like.
+  if (!metadata && std::ranges::none_of(times, &FirstTimes::counter)) return {};
   const double earliest = earliestStart(times);
   if (!metadata) return {.zero = earliest};
   // The counter runs at the rate that the metadata know, the stamps at a nominal one.
   const double perMicrosecond = metadata->secondsAt(1) - metadata->secondsAt(0);
   const TimeAxis axis{.zero = -metadata->secondsAt(0) / perMicrosecond,
                       .secondsPerMicrosecond = perMicrosecond};
-  return axis.zero <= earliest ? axis : TimeAxis{.zero = earliest};
+  if (axis.zero <= earliest) return axis;
+  return {.zero = earliest, .secondsPerMicrosecond = perMicrosecond};
 }
 
 }  // namespace runs

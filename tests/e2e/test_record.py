@@ -4,13 +4,15 @@ import fcntl
 import json
 import os
 import pty
+import re
 import signal
 import subprocess
 import termios
 import time
 
 import pytest
-from conftest import BUILD, CORVANE, PROGRAM, RUNNER
+from conftest import BUILD, CORVANE, PROGRAM, RUNNER, corvane
+from made_runs import line, write_run
 
 pytestmark = pytest.mark.skipif(bool(RUNNER), reason="an emulated process starts no other one")
 ENDLESS = "cpu repeat=99999 slow=2 1 2 3\nmem 4 3 1\nproc repeat=99999 7 a|1 1 2 0.5\n"
@@ -347,3 +349,46 @@ def test_sources_are_those_of_the_library_in_place(recorder):
     own = recorder.profiler.run("sources", program=CORVANE, scripted=False)
     assert "Corvane Library Version : " in own.out
     assert "\nmem       yes  memory and swap\n" in own.out
+
+
+GAUGES = {
+    "thermal": ("acpitz(C)", ["41.500", "nan", "43.500"]),
+    "freq": ("cpu1min(MHz)", ["300.000", "nan", "600.000"]),
+    "power": ("package-0/dram(W)", ["1.500", "nan", "2.500"]),
+    "pressure": ("io_full(%)", ["0.000", "nan", "100.000"]),
+}
+
+
+def test_gauges_read_alike_everywhere(tmp_path):
+    """Stamps of a 24.576 MHz counter, and a value that was not to be had."""
+    folder = write_run(tmp_path / "x", **{
+        word: line("Time(usec)", column) + "".join(
+            line((1000 + i) * 24.576e6 / 19.2, value) for i, value in enumerate(values, 1))
+        for word, (column, values) in GAUGES.items()
+    })  # fmt: skip
+    start = {"wall": "2026-11-22T22:41:07.250000000+01:00", "boot_s": 1000.0, "counter": 24576000000}
+    (tmp_path / "x.run.json").write_text(json.dumps(
+        {"schema": 1, "start": start, "counter_hz": 24576000, "sources": []}))  # fmt: skip
+    report = json.loads(corvane("show", "--json", folder).stdout)
+    assert report["run"]["seconds"] == pytest.approx(2, abs=1e-6)
+    assert report["run"]["start"].startswith("2026-11-22T22:41:07")
+    shown = {metric["source"]: metric for metric in report["metrics"]}
+    assert corvane("trace", folder, "--all", "-o", tmp_path / "t.json").returncode == 0
+    events = json.loads((tmp_path / "t.json").read_text())["traceEvents"]
+    assert corvane("report", folder, "-o", tmp_path / "t.html").returncode == 0
+    page = json.loads(re.search(r'id="head">(.*?)</script>', (tmp_path / "t.html").read_text(), re.S)[1])
+    pages = {metric["source"]: metric for metric in page["runs"][0]["metrics"]}
+    for word, (column, values) in GAUGES.items():
+        name, unit = column[:-1].split("(")
+        metric, first, last = shown[word], float(values[0]), float(values[2])
+        assert (metric["metric"], metric["unit"], metric["count"]) == (name, unit, 2)
+        assert (metric["min"], metric["max"], metric["mean"]) == (first, last, (first + last) / 2)
+        assert metric["entity"] == ("cpu1" if word == "freq" else "")
+        assert {key: pages[word][key] for key in metric} == metric
+        drawn = [[*event["args"].values()] for event in events if event["name"] == f"{name} ({unit})"]
+        assert drawn == [[first], [last]]
+    assert corvane("convert", folder, "--json", "--csv").returncode == 0
+    trace = json.loads((folder / "ProfilerOutput.json").read_text())["traceEvents"]
+    drawn = [event["args"] for event in trace if event["name"] == "acpitz(C)"]
+    assert drawn == [{"Temp(deg C)": value} for value in GAUGES["thermal"][1]]
+    assert (folder / "powerprofiler_x.csv").read_text().splitlines()[-1].endswith(",2.50")
