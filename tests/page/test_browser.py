@@ -28,6 +28,8 @@ def test_draws_every_panel_without_a_word_or_a_request(open_page, spike):
     assert page.complaints() == []
     page.run("scrollTo(0, 0)")
     page.picture("spike")
+    blocked = "return fetch('data:,x').then(() => 'fetched', () => 'blocked')"
+    assert page.run(blocked) == "blocked"
 
 
 def test_a_spike_has_a_name(open_page, spike):
