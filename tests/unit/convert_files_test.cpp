@@ -159,9 +159,12 @@ TEST_F(ResultFile, WhoseCsvCannotBeWrittenDoesNotStopTheOthers) {
 TEST_F(ResultFile, ThatIsNoneReadsAsEmptyAndALinkIsNotFollowed) {
   std::filesystem::create_directory(folder.path("a.txt"));
   ASSERT_EQ(mkfifo(folder.path("b.txt").c_str(), 0600), 0);
+  const int fifo = open(folder.path("b.txt").c_str(), O_RDWR);
+  ASSERT_EQ(write(fifo, "1\n", 2), 2);
   std::filesystem::create_symlink(folder.write("secret", "1\n"), folder.path("c.txt"));
   std::filesystem::create_hard_link(folder.path("secret"), folder.path("d.txt"));
   const auto console = printedBy([&] { csvConvert(folder.path()); });
+  close(fifo);
   for (const auto* name : {"a.csv", "b.csv", "c.csv", "d.csv"})
     EXPECT_EQ(std::filesystem::file_size(folder.path(name)), 0) << name;
   for (const auto* name : {"a.txt", "b.txt"})
