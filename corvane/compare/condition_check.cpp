@@ -10,7 +10,7 @@ bool ConditionCheck::parse(const std::vector<std::string>& texts) {
     std::string problem;
     auto condition = parseCondition(text, problem);
     if (!condition) {
-      message("--fail-if '" + text + "': " + problem);
+      message(std::string("--fail-if '").append(text).append("': ").append(problem));
       return false;
     }
     watched_.push_back({.condition = std::move(*condition)});
