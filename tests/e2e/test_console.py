@@ -97,7 +97,8 @@ def test_reader_that_stands_still(profiler, kind, end):
     else:
         console = read_all(ours)
         assert texts(console) == texts(expected.out)
-        assert console.count(ROW + "\n") < 9  # what room there was
+        # What room there was; a terminal's makes more of it a little later.
+        assert console.count(ROW + "\n") < (ROWS if kind == "terminal" else 9)
     run = profiler.finish(process)
     os.close(ours)
     assert converted(run) > 1 if end == "signal" else converted(run) == ROWS + 1
