@@ -83,7 +83,7 @@ int recordRun(const RecordOptions& options) {
   metadata.profiler = {.path = plan.profiler.string(),
                        .arguments = arguments,
                        .version = {},
-                       .library = machine.libraryVersion + ", " + machine.library,
+                       .monitorLibrary = machine.libraryVersion + ", " + machine.libraryFile,
                        .ending = {}};
 
   Recording recording(plan, place, *signals, std::move(arguments), std::move(metadata));

@@ -97,7 +97,7 @@ void eachMember(Profiler& profiler, auto visit) {
   visit("path", profiler.path);
   visit("arguments", profiler.arguments);
   visit("version", profiler.version);
-  visit("library", profiler.library);
+  visit("library", profiler.monitorLibrary);
   eachMember(profiler.ending, visit);
 }
 

@@ -80,7 +80,7 @@ struct Command {
 struct Profiler {
   std::string path;
   std::vector<std::string> arguments;
-  std::string version, library;  ///< "v2.3.3"; the line in which the library names itself
+  std::string version, monitorLibrary;  ///< "v2.3.3"; the line in which the library names itself
   Ending ending;
 };
 

@@ -53,7 +53,7 @@ void Settings::add(int side, const runs::RunSummary& run) {
     for (const auto& policy : host.frequencies)
       note(side, "governor of cores " + policy.cores, policy.governor);
     note(side, "command", metadata.command ? joined(metadata.command->arguments) : "none");
-    note(side, "monitor library", metadata.profiler.library);
+    note(side, "monitor library", metadata.profiler.monitorLibrary);
   }
   std::vector<std::string> words;
   for (const auto& source : run.sources) {

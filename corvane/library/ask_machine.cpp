@@ -78,7 +78,7 @@ MachineSources askMachine(const std::filesystem::path& profilerFolder,
   const auto until = std::chrono::steady_clock::now() + patience;
   library.finish(until);
   std::istringstream lines(library.answer());
-  std::getline(lines, machine.library);
+  std::getline(lines, machine.libraryFile);
   std::getline(lines, machine.libraryVersion);
   if (library.ending().status.value_or(0) != 0) machine.failure = library.said();
   for (auto& [source, question] : questions) {

@@ -16,7 +16,7 @@ struct SourceState {
 
 struct MachineSources {
   std::vector<SourceState> sources;
-  std::string library;         ///< its path
+  std::string libraryFile;     ///< its path
   std::string libraryVersion;  ///< the line in which it names itself
   std::string failure;         ///< why nothing can be said: there is no library that fits
 };

@@ -68,7 +68,7 @@ void addRecording(Facts& facts, const runs::Metadata& metadata) {
     facts.add(name, value);
   facts.add("Profiler", joined(metadata.profiler.arguments));
   facts.add("Version", metadata.profiler.version);
-  facts.add("Library", metadata.profiler.library);
+  facts.add("Library", metadata.profiler.monitorLibrary);
 }
 
 Json missingOf(const runs::Metadata& metadata) {
