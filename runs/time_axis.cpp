@@ -15,12 +15,12 @@ bool hasFraction(std::string_view text) {
          text.find_first_not_of('0', point + 1) != std::string_view::npos;
 }
 
-/// One period before the earliest sample; by the files with rounded times only where all have them.
+/// Where the earliest sample begins; by the files with rounded times only where all have them.
 double earliestStart(const std::vector<FirstTimes>& times) {
   double earliest = -1;
   for (const bool rounded : {false, true}) {
     for (const auto& file : times) {
-      const double start = std::max(0.0, file.first - file.period());
+      const double start = std::max(0.0, file.first - (file.ofPeriod ? file.period() : 0));
       if (file.rounded == rounded && (earliest < 0 || start < earliest)) earliest = start;
     }
     if (earliest >= 0) break;
@@ -37,6 +37,8 @@ std::optional<FirstTimes> firstTimes(const ResultFile& file) {
   times.first = rows.microseconds();
   times.rounded = rows.timeText().find('e') != std::string_view::npos;
   times.counter = hasFraction(rows.timeText());
+  times.ofPeriod = std::ranges::any_of(
+      rows.source().columns, [](const Column& column) { return column.meaning != Meaning::state; });
   while (rows.microseconds() == times.first) {
     if (!rows.next()) return times;
   }

@@ -12,8 +12,9 @@ namespace runs {
 struct FirstTimes {
   double first = 0;
   std::optional<double> second;
-  bool counter = false;  // stamps of the counter since boot, not the time since the source's start
-  bool rounded = false;  // to six digits: too coarse to tell the run's start
+  bool counter = false;   // stamps of the counter since boot, not the time since the source's start
+  bool rounded = false;   // to six digits: too coarse to tell the run's start
+  bool ofPeriod = false;  // its first sample is of the period before it, not only of its moment
 
   double period() const { return second ? *second - first : 0; }
 };
