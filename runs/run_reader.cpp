@@ -91,7 +91,7 @@ void RunReader::open(const ResultFile& file, const std::optional<FirstTimes>& fi
     std::ranges::copy(opened.reader->notes(), std::back_inserter(notes_));
     return;
   }
-  if (first) opened.usualPeriod = first->period() / 1e6;
+  if (first) opened.usualPeriod = first->period();
   if (metadata_) {
     const auto known = std::ranges::find(metadata_->sources, source.word, &SourcePeriod::source);
     if (known != metadata_->sources.end())
@@ -114,12 +114,13 @@ RunReader::File* RunReader::earliest() {
 
 Sample RunReader::beginOf(const File& file) const {
   const double time = timeOf(file);
-  const double begin = file.before >= 0 ? file.before : std::max(0.0, time - file.usualPeriod);
+  const double usual = file.usualPeriod * axis_.secondsPerMicrosecond;
+  const double begin = file.before >= 0 ? file.before : std::max(0.0, time - usual);
   return {.place = std::size_t(&file - files_.data()),
           .source = &file.reader->source(),
           .time = time,
           .begin = begin,
-          .period = time > begin ? time - begin : file.usualPeriod,
+          .period = time > begin ? time - begin : usual,
           .number = file.activity.samples};
 }
 

@@ -80,7 +80,7 @@ class RunReader {
     std::unique_ptr<ResultReader> reader;
     SourceActivity activity;
     bool hasRow = false;
-    double usualPeriod = 0;  // by its first two samples
+    double usualPeriod = 0;  // by its first two samples, in its own microseconds
     double before = -1;      // time of the sample before; negative: none
   };
 
