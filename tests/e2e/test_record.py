@@ -11,7 +11,7 @@ import termios
 import time
 
 import pytest
-from conftest import BUILD, CORVANE, PROGRAM, RUNNER, corvane
+from conftest import BUILD, CORVANE, PROGRAM, RUNNER, corvane, wait_until
 from made_runs import line, write_run
 
 pytestmark = pytest.mark.skipif(bool(RUNNER), reason="an emulated process starts no other one")
@@ -33,8 +33,7 @@ class Recorder:
 
     def await_start(self, suffix="x"):
         """When the run has been described, the command has been started."""
-        while not self.path(f"{suffix}.run.json").exists():
-            time.sleep(0.005)
+        wait_until(lambda: self.path(f"{suffix}.run.json").exists())
 
     def path(self, name):
         return self.folder / "Results_corvane" / name
@@ -184,8 +183,7 @@ def test_what_stands_in_the_way(recorder, somebody_else):
 def test_signal_ends_a_recording_with_its_conversions(recorder, number):
     process = recorder.start("--only cpu,mem --every 20ms --name x --csv -q")
     recorder.await_start()
-    while len(recorder.samples("mem")) < 3:
-        time.sleep(0.005)
+    wait_until(lambda: len(recorder.samples("mem")) >= 3)
     process.send_signal(number)
     run = recorder.profiler.finish(process)
     assert (run.status, run.err) == (0, "")
@@ -209,8 +207,7 @@ def test_command_is_signalled_once(recorder, to_group):
     """Whether a signal goes to all of a terminal's processes or to the recording alone."""
     process = recorder.start("--only mem --every 9ms --name x -q", ["python3", "-c", COUNTS_SIGNALS],
                              start_new_session=True)  # fmt: skip
-    while not (recorder.folder / "ready").exists():
-        time.sleep(0.005)
+    wait_until(lambda: (recorder.folder / "ready").exists())
     (os.killpg if to_group else os.kill)(process.pid, signal.SIGTERM)
     assert recorder.profiler.finish(process).status == 7
     assert (recorder.folder / "got").read_text() == "15\n"
@@ -231,8 +228,7 @@ def test_terminal(recorder, how, status):
                              stdin=slave, stdout=slave, stderr=slave)  # fmt: skip
     os.close(slave)
     recorder.await_start()
-    while not processes_of(f"sleep\0{marker}"):
-        time.sleep(0.005)
+    wait_until(lambda: processes_of(f"sleep\0{marker}"))
     if how == "Ctrl-C":
         os.write(master, b"\x03")
     else:
@@ -249,8 +245,7 @@ def test_second_signal_leaves_out_the_conversions(recorder):
     recorder.await_start()
     (folder / "cpuprofiler_earlier.txt").write_text("t a b c\n" + "1 2 3 4\n" * 3_000_000)
     process.send_signal(signal.SIGINT)
-    while "Starting JSON conversion" not in recorder.path("x.log").read_text():
-        time.sleep(0.005)
+    wait_until(lambda: "Starting JSON conversion" in recorder.path("x.log").read_text())
     time.sleep(0.3)  # what comes sooner is the same request
     process.send_signal(signal.SIGINT)
     run = recorder.profiler.finish(process)
@@ -327,14 +322,12 @@ def test_nothing_is_left_behind(recorder):
     folder = recorder.folder / "Results_corvane"
     assert len(list(folder.glob("*.run.json"))) == len(list(folder.glob("*.log"))) == 200
     assert not list(folder.glob(".*"))
-    victim = recorder.start(f"--only cpu --every 5ms --name x -q --label folder={marker}")
-    recorder.await_start()
-    profiler_folder = f"--file\0x\0"
-    assert processes_of(profiler_folder)
+    name = f"victim{os.getpid()}"
+    victim = recorder.start(f"--only cpu --every 5ms --name {name} -q --label folder={marker}")
+    wait_until(lambda: processes_of(f"--file\0{name}\0"))
     victim.kill()
-    while processes_of(profiler_folder):
-        time.sleep(0.005)
-    assert recorder.path("x.log").read_text().endswith("+\n")
+    wait_until(lambda: not processes_of(f"--file\0{name}\0"))
+    assert recorder.path(f"{name}.log").read_text().endswith("+\n")
     assert not processes_of(marker)
 
 
