@@ -118,11 +118,10 @@ void GroupListener::listen() {
 bool GroupListener::heard(int signal) {
   const auto now = std::chrono::steady_clock::now();
   pollfd reports{.fd = reports_, .events = POLLIN, .revents = 0};
-  while (now - heardAt_[signal] > sameEvent) {
-    unsigned char report = 0;
-    if (::poll(&reports, 1, int(patience.count())) <= 0 || ::read(reports_, &report, 1) != 1)
-      return false;
+  unsigned char report = 0;
+  while (::poll(&reports, 1, int(patience.count())) > 0 && ::read(reports_, &report, 1) == 1) {
     if (report < NSIG) heardAt_[report] = now;
+    if (report == signal) return true;
   }
-  return true;
+  return now - heardAt_[signal] <= sameEvent;
 }

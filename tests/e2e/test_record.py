@@ -169,6 +169,8 @@ def test_what_stands_in_the_way(recorder, somebody_else):
     recorder.run("--only mem --every 9ms --name x -q", ["true"])
     run = recorder.run("--only mem --name x", ["true"])
     assert run.err.startswith("corvane: there is a run of the name x in ") and run.status == 2
+    (recorder.path("by_hand")).mkdir()
+    assert recorder.run("--only mem --name by_hand", ["true"]).status == 2
     run = recorder.run("--only mem", ["no-such-command"])
     assert (run.status, run.err) == (127, "corvane: no-such-command: there is no such command\n")
     recorder.folder.chmod(0o555)
@@ -192,25 +194,36 @@ def test_signal_ends_a_recording_with_its_conversions(recorder, number):
 
 
 COUNTS_SIGNALS = """\
-import signal, sys, time
+import os, signal, sys, time
 for number in (signal.SIGINT, signal.SIGTERM):
     signal.signal(number, lambda n, f: open('got', 'a').write('%d\\n' % n))
 open('ready', 'w').close()
-while not open('got', 'a+').tell(): time.sleep(0.005)
+while not os.path.exists('enough'): time.sleep(0.005)
 time.sleep(0.3)
 sys.exit(7)
 """
 
 
-@pytest.mark.parametrize("to_group", [True, False])
-def test_command_is_signalled_once(recorder, to_group):
+@pytest.mark.parametrize("number, to_group, times", [
+    (signal.SIGTERM, False, 1), (signal.SIGTERM, True, 5), (signal.SIGINT, True, 1),
+])  # fmt: skip
+def test_command_is_signalled_once(recorder, number, to_group, times):
     """Whether a signal goes to all of a terminal's processes or to the recording alone."""
     process = recorder.start("--only mem --every 9ms --name x -q", ["python3", "-c", COUNTS_SIGNALS],
                              start_new_session=True)  # fmt: skip
-    wait_until(lambda: (recorder.folder / "ready").exists())
-    (os.killpg if to_group else os.kill)(process.pid, signal.SIGTERM)
+    got = recorder.folder / "got"
+    wait_until((recorder.folder / "ready").exists)
+    recorder.await_start()
+    for count in range(1, times + 1):
+        (os.killpg if to_group else os.kill)(process.pid, number)
+        wait_until(lambda: got.exists() and len(got.read_text().splitlines()) >= count)
+    (recorder.folder / "enough").touch()
     assert recorder.profiler.finish(process).status == 7
-    assert (recorder.folder / "got").read_text() == "15\n"
+    assert got.read_text() == f"{number:d}\n" * times
+    # Ctrl-C is the command's own affair as long as it goes on: so does the recording.
+    metadata = recorder.metadata()
+    outlived = metadata["end"]["boot_s"] >= metadata["command"]["end"]["boot_s"]
+    assert outlived == (number == signal.SIGINT)
 
 
 @pytest.mark.parametrize("how, status", [("Ctrl-C", 130), ("hangup", 129)])
