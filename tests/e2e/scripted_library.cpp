@@ -178,8 +178,17 @@ void setPeriod(unsigned char* opaque, const std::string& monitor, int millisecon
 
 }  // namespace
 
-// In front of the C library's, since this library is.
-extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
+// In front of the C library's, since this library is; where all is one program, by the linker.
+#ifdef LINKED_IN
+#define IN_FRONT(function) __wrap_##function
+extern "C" decltype(pthread_cond_timedwait) __real_pthread_cond_timedwait;
+static const auto realTimedWait = &__real_pthread_cond_timedwait;
+#else
+#define IN_FRONT(function) function
+static const auto realTimedWait =
+    decltype(&pthread_cond_timedwait)(dlsym(RTLD_NEXT, "pthread_cond_timedwait"));
+#endif
+extern "C" int IN_FRONT(clock_gettime)(clockid_t clock, timespec* time) noexcept {
   const auto result = int(syscall(SYS_clock_gettime, clock, time));
   if (clock == CLOCK_REALTIME) {
     time->tv_sec += wallClockStep;
@@ -188,23 +197,21 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
   }
   return result;
 }
-extern "C" int pthread_cond_timedwait(pthread_cond_t* cond, pthread_mutex_t* mutex,
-                                      const timespec* deadline) {
-  static const auto wait =
-      decltype(&pthread_cond_timedwait)(dlsym(RTLD_NEXT, "pthread_cond_timedwait"));
-  if (!hasOwnTime) return wait(cond, mutex, deadline);
+extern "C" int IN_FRONT(pthread_cond_timedwait)(pthread_cond_t* cond, pthread_mutex_t* mutex,
+                                                const timespec* deadline) {
+  if (!hasOwnTime) return realTimedWait(cond, mutex, deadline);
   if (deadline->tv_nsec < 0 || deadline->tv_nsec >= 1'000'000'000) return EINVAL;
   ownTime = std::max(ownTime, deadline->tv_sec * 1'000'000'000 + deadline->tv_nsec);
   return ETIMEDOUT;
 }
 /// What runs out with the own time is over soon.
-extern "C" unsigned alarm(unsigned seconds) noexcept {
+extern "C" unsigned IN_FRONT(alarm)(unsigned seconds) noexcept {
   itimerval time{};
   time.it_value = {.tv_sec = hasOwnTime ? 0 : seconds, .tv_usec = hasOwnTime ? 200'000 : 0};
   setitimer(ITIMER_REAL, &time, nullptr);
   return 0;
 }
-extern "C" int gettimeofday(timeval* time, void*) noexcept {
+extern "C" int IN_FRONT(gettimeofday)(timeval* time, void*) noexcept {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
   *time = {.tv_sec = now.tv_sec, .tv_usec = now.tv_nsec / 1000};
