@@ -345,11 +345,11 @@ def test_nothing_is_left_behind(recorder):
 
 
 def test_sources_are_those_of_the_library_in_place(recorder):
-    run = recorder.profiler.run("sources", "cpu 1\nmem 5\ndsp3 1 1\nproc signal=11 1\n", program=CORVANE)
+    run = recorder.profiler.run("sources", "cpu 1\nmem 5\ndsp3 1 1\nproc signal=4 1\n", program=CORVANE)
     state = {line.split()[0]: line.split()[1] for line in run.out.splitlines()[:10]}
     there = [word for word, is_there in state.items() if is_there == "yes"]
     assert there == ["cpu", "cdsp", "mem"] and run.status == 0
-    assert "\nproc      no   the monitor library crashed: Segmentation fault\n" in run.out
+    assert "\nproc      no   the monitor library crashed: Illegal instruction\n" in run.out
     assert "\nnet       no   the monitor library has none\n" in run.out
     assert "Scripted Library Version : v0, " + str(BUILD / "scripted/libcorvane.so") in run.out
     own = recorder.profiler.run("sources", program=CORVANE, scripted=False)
