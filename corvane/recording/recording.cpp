@@ -10,6 +10,7 @@
 #include <sys/prctl.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 #include "ask_machine.h"
 #include "clocks.h"
