@@ -1,8 +1,12 @@
+#include <cmath>
+#include <cstdint>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "batch_means.h"
 #include "discoveries.h"
