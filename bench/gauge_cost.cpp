@@ -43,7 +43,8 @@ void makeTree(const fs::path& root) {
   write(sys / "class/power_supply/battery/voltage_now", "3900000\n");
   for (const auto* resource : {"cpu", "io", "irq", "memory"}) {
     const std::string line = " avg10=1.00 avg60=2.00 avg300=3.00 total=123456789\n";
-    write(root / "proc/pressure" / resource, "some" + line + "full" + line);
+    write(root / "proc/pressure" / resource,
+          std::string("some").append(line).append("full").append(line));
   }
 }
 
@@ -55,7 +56,7 @@ double processorTime() {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   const int samples = argc > 1 ? std::atoi(argv[1]) : 2000;
   std::string root = fs::temp_directory_path() / "gauge-cost.XXXXXX";
   if (mkdtemp(root.data()) == nullptr) return 2;
@@ -75,4 +76,7 @@ int main(int argc, char** argv) {
   }
   fs::remove_all(root);
   return tooDear ? 1 : 0;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "gauge_cost: %s\n", error.what());
+  return 2;
 }
