@@ -33,14 +33,14 @@ bool isOtherThanFile(const std::string& path) {
 
 }  // namespace
 
-void removeOnSignal(const std::string& path) {
+void removeOnSignal(std::string_view path) {
   sigset_t blocked, before;
   sigemptyset(&blocked);
   for (const int number : endingSignals)
     sigaddset(&blocked, number);
   pthread_sigmask(SIG_BLOCK, &blocked, &before);
   removedPath.fill('\0');
-  path.copy(removedPath.data(), PATH_MAX);
+  std::copy_n(path.begin(), std::min<std::size_t>(path.size(), PATH_MAX), removedPath.begin());
   for (const int number : endingSignals) {
     struct sigaction action{}, old{};
     action.sa_handler = path.empty() ? SIG_DFL : removeAndEnd;

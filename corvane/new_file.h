@@ -9,7 +9,7 @@
 
 /// Takes a path to be removed when a signal ends the program, as Ctrl-C does; empty: none. One at a
 /// time.
-void removeOnSignal(const std::string& path);
+void removeOnSignal(std::string_view path);
 
 /// A file that is complete or not there: written beside its place under another name, and put there
 /// in the end. Where something other than a file is in its place (a device, a pipe), that is

@@ -145,10 +145,11 @@ void addCpu(Page& page, const std::vector<runs::Process>& processes, bool byName
   if (top.empty()) return;
   page.heading(byName ? "Processor time by name" : "Processor time",
                {byName ? "number" : "PID", "seconds", "mean %", "peak %", "from s", "to s"});
-  for (const auto* process : top)
+  for (const auto* process : top) {
     page.row("  " + process->name,
              {countOf(*process, byName), number(process->cpuSeconds), number(process->cpu.mean()),
               number(process->cpu.max), number(process->first), number(process->last)});
+  }
 }
 
 void addMemory(Page& page, const std::vector<runs::Process>& processes, bool byName) {
@@ -158,10 +159,11 @@ void addMemory(Page& page, const std::vector<runs::Process>& processes, bool byN
   if (top.empty()) return;
   page.heading(byName ? "Memory (PSS, MB) by name" : "Memory (PSS, MB)",
                {byName ? "number" : "PID", "first", "last", "peak", "per min"});
-  for (const auto* process : top)
+  for (const auto* process : top) {
     page.row("  " + process->name, {countOf(*process, byName), megabytes(process->pss.first),
                                     megabytes(process->pss.last), megabytes(process->pss.peak),
                                     megabytes(process->pss.growthPerMinute())});
+  }
 }
 
 }  // namespace

@@ -84,7 +84,7 @@ bool readUnit(std::string_view unit, Condition& condition) {
 
 bool readChange(std::string_view text, Condition& condition, std::string& problem) {
   if (!text.starts_with('+') && !text.starts_with('-')) {
-    problem = "a change begins with + or -, as in \"> +5%\" or \"> +10MB\"";
+    problem = R"(a change begins with + or -, as in "> +5%" or "> +10MB")";
     return false;
   }
   const std::string number(text);

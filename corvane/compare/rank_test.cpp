@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <vector>
 
 namespace {
@@ -85,7 +86,7 @@ double normalProbability(std::span<const std::size_t> ranks, std::size_t baseCou
   const double deviation = countDeviation(ranks, n, m);
   if (deviation <= 0) return 1;
   const double off = std::abs(doubledSum / 2 - n * (n + m + 1) / 2) - 0.5;
-  return std::min(1.0, std::erfc(off / deviation / std::sqrt(2.0)));
+  return std::min(1.0, std::erfc(off / deviation / std::numbers::sqrt2));
 }
 
 /// How many of the ordered differences lie outside of the interval at either end.

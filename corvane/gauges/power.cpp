@@ -22,12 +22,13 @@ struct Sensor {
 struct EnergyCounter {
   Attribute counter;
   std::uint64_t range = 0;  // 0: not known
-  std::optional<std::uint64_t> before{};
+  std::optional<std::uint64_t>
+      before{};
 };
 
 /// The name of an energy zone with those above it: of two packages each has a "dram".
 std::string zoneName(const std::string& entry) {
-  const auto own = readAttribute(zonesFolder + entry + "/name").value_or(entry);
+  auto own = readAttribute(zonesFolder + entry + "/name").value_or(entry);
   const auto colon = entry.rfind(':');
   if (colon == entry.find(':')) return own;
   return zoneName(entry.substr(0, colon)) + "/" + own;
@@ -84,7 +85,8 @@ class PowerGauge : public Gauge {
             file == sensor + "_average" && !readAttribute(folder + sensor + "_input");
         if (!sensor.starts_with("power") || (!isInput && !isMean)) continue;
         const auto label = readAttribute(folder + sensor + "_label").value_or(sensor);
-        addSensor(folder + file, readAttribute(folder + "name").value_or(chip) + "_" + label, "W",
+        addSensor(folder + file,
+                  readAttribute(folder + "name").value_or(chip).append("_").append(label), "W",
                   chip.substr(std::min(chip.size(), chip.find_first_of("0123456789"))));
       }
     }

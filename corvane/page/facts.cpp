@@ -74,7 +74,7 @@ void addRecording(Facts& facts, const runs::Metadata& metadata) {
 Json missingOf(const runs::Metadata& metadata) {
   Json list = Json::array();
   for (const auto& [source, reason] : metadata.missing)
-    list.push_back(source + ": " + reason);
+    list.push_back(std::string(source).append(": ").append(reason));
   for (const auto& lines : {metadata.notices, metadata.faults}) {
     for (const auto& line : lines)
       list.push_back(line);

@@ -12,8 +12,10 @@ static_assert(std::endian::native == std::endian::little, "browsers read arrays 
 constexpr std::string_view letters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-void appendGroup(std::string& text, const char* bytes) {
-  const auto at = [&](int i) { return std::uint32_t(static_cast<unsigned char>(bytes[i])); };
+void appendGroup(std::string& text, std::span<const char> bytes) {
+  const auto at = [&](int i) {
+    return std::uint32_t(static_cast<unsigned char>(bytes[std::size_t(i)]));
+  };
   const std::uint32_t group = at(0) << 16 | at(1) << 8 | at(2);
   for (const int shift : {18, 12, 6, 0})
     text += letters[group >> shift & 63];
@@ -31,12 +33,12 @@ void SampleArrays::put(std::string_view bytes) {
     rest_[resting_++] = bytes.front();
     bytes.remove_prefix(1);
     if (resting_ == rest_.size()) {
-      appendGroup(text_, rest_.data());
+      appendGroup(text_, rest_);
       resting_ = 0;
     }
   }
   for (; bytes.size() >= rest_.size(); bytes.remove_prefix(rest_.size()))
-    appendGroup(text_, bytes.data());
+    appendGroup(text_, bytes);
   for (const char byte : bytes)
     rest_[resting_++] = byte;
   if (text_.size() >= 1 << 16) flush();
@@ -50,7 +52,7 @@ void SampleArrays::flush() {
 void SampleArrays::finish() {
   if (resting_ > 0) {
     std::fill(rest_.begin() + std::ptrdiff_t(resting_), rest_.end(), '\0');
-    appendGroup(text_, rest_.data());
+    appendGroup(text_, rest_);
     std::fill_n(text_.end() - std::ptrdiff_t(rest_.size() - resting_), rest_.size() - resting_,
                 '=');
   }

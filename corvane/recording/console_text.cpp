@@ -31,8 +31,9 @@ std::vector<std::string> lastLines(const std::string& console, std::size_t most)
 
 std::vector<std::string> namesIn(int folder) {
   std::vector<std::string> names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> entries(
-      ::fdopendir(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), ::closedir);
+  const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (own < 0) return names;
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(own), ::closedir);
   while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr)
     names.emplace_back(entry->d_name);
   return names;

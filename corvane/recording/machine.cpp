@@ -82,6 +82,7 @@ std::vector<runs::Processor> processors(std::string_view cpuinfo) {
   }
   take();
   std::vector<runs::Processor> named;
+  named.reserve(kinds.size());
   for (const auto& [kind, cores] : kinds)
     named.push_back({.name = kind, .cores = asCpuList(cores)});
   return named;

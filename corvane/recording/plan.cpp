@@ -162,9 +162,10 @@ milliseconds parseDuration(const std::string& option, const std::string& text) {
       throw Refusal(option + ": '" + text + "' is no whole number of milliseconds");
     return milliseconds(std::int64_t(time));
   }
-  if (unit.empty())
+  if (unit.empty()) {
     throw Refusal(option + ": '" + text + "' has no unit; did you mean " + text +
                   (option == "--every" ? "ms?" : "s?"));
+  }
   throw Refusal(option + ": '" + unit + "' is no unit of time; write it as 90s, 10m, 2h or 500ms");
 }
 

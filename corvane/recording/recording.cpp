@@ -189,7 +189,7 @@ void Recording::stepWhileSampling(Time now) {
     return;
   }
   // At the limit in whole seconds the profiler ends by itself, after the sample that is due.
-  if (limitReached && !stopAsked_ && isWholeSeconds(*plan_.limit)) stopAsked_ = now;
+  if (limitReached && !stopAsked_ && plan_.limit && isWholeSeconds(*plan_.limit)) stopAsked_ = now;
   sampleGauges(now);
   askToStop(now);
   phase_ = Phase::ending;

@@ -64,9 +64,10 @@ RunPlace::RunPlace(const fs::path& output, const std::optional<std::string>& nam
   base_ = openFolder(output_.get(), baseName);
   if (!base_ && errno != ENOENT) throw refuse(output / baseName);
   if (name) {
-    if (!take(*name))
+    if (!take(*name)) {
       throw Refusal("there is a run of the name " + *name + " in " + (output / baseName).string() +
                     "; choose another --name");
+    }
     return;
   }
   const auto time = startTime();
@@ -83,9 +84,10 @@ bool RunPlace::take(const std::string& suffix) {
   constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_APPEND | O_NOFOLLOW | O_CLOEXEC;
   log_ = Handle(::openat(folder, logName().c_str(), flags, 0666));
   if (!log_ && errno == EEXIST) return false;
-  if (!log_)
+  if (!log_) {
     throw Refusal((base_ ? outputPath_ / baseName : outputPath_).string() +
                   ": cannot be written: " + std::strerror(errno));
+  }
   lock_ = Handle(::openat(folder, logName().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   if (lock_) ::flock(lock_.get(), LOCK_EX | LOCK_NB);
   return true;
