@@ -9,10 +9,10 @@ namespace {
 std::size_t distance(const std::string& from, const std::string& to) {
   std::vector<std::size_t> row(to.size() + 1);
   std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < from.size(); ++i) {
+  for (const char letter : from) {
     auto diagonal = row[0]++;
     for (std::size_t j = 0; j < to.size(); ++j) {
-      const auto replaced = diagonal + (from[i] == to[j] ? 0 : 1);
+      const auto replaced = diagonal + (letter == to[j] ? 0 : 1);
       diagonal = row[j + 1];
       row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
     }

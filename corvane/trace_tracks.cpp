@@ -215,7 +215,7 @@ void TraceWriter::close(const SourceState& state, Entity& entity) {
     auto& track = entity.tracks[i];
     if (!track.wanted) continue;
     if (track.step >= 0) putStep(group, track);
-    file_->put(track.head, state.begin, ",\"args\":{\"value\":0}}");
+    file_->put(track.head, state.begin, R"(,"args":{"value":0}})");
     ++events_;
   }
 }

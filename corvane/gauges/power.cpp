@@ -22,8 +22,7 @@ struct Sensor {
 struct EnergyCounter {
   Attribute counter;
   std::uint64_t range = 0;  // 0: not known
-  std::optional<std::uint64_t>
-      before{};
+  std::optional<std::uint64_t> before{};
 };
 
 /// The name of an energy zone with those above it: of two packages each has a "dram".
