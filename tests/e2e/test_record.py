@@ -337,7 +337,8 @@ def test_nothing_is_left_behind(recorder):
     assert not list(folder.glob(".*"))
     name = f"victim{os.getpid()}"
     victim = recorder.start(f"--only cpu --every 5ms --name {name} -q --label folder={marker}")
-    wait_until(lambda: processes_of(f"--file\0{name}\0"))
+    recorder.await_start(name)
+    assert processes_of(f"--file\0{name}\0")
     victim.kill()
     wait_until(lambda: not processes_of(f"--file\0{name}\0"))
     assert recorder.path(f"{name}.log").read_text().endswith("+\n")
