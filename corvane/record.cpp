@@ -83,7 +83,7 @@ int recordRun(const RecordOptions& options) {
   metadata.profiler = {.path = plan.profiler.string(),
                        .arguments = arguments,
                        .version = {},
-                       .monitorLibrary = machine.libraryVersion + ", " + machine.libraryFile,
+                       .monitorLibrary = machine.versionOfLibrary + ", " + machine.fileOfLibrary,
                        .ending = {}};
 
   Recording recording(plan, place, *signals, std::move(arguments), std::move(metadata));

@@ -25,7 +25,7 @@ int sources(const SourcesOptions& options) {
     if (!machine.failure.empty()) throw Refusal(machine.failure);
     for (const auto& source : machine.sources)
       print(source);
-    std::printf("%s, %s\n", machine.libraryVersion.c_str(), machine.libraryFile.c_str());
+    std::printf("%s, %s\n", machine.versionOfLibrary.c_str(), machine.fileOfLibrary.c_str());
     return Status::done;
   } catch (const Refusal& refusal) {
     message(refusal.what());

@@ -78,8 +78,8 @@ MachineSources askMachine(const std::filesystem::path& profilerFolder,
   const auto until = std::chrono::steady_clock::now() + patience;
   library.finish(until);
   std::istringstream lines(library.answer());
-  std::getline(lines, machine.libraryFile);
-  std::getline(lines, machine.libraryVersion);
+  std::getline(lines, machine.fileOfLibrary);
+  std::getline(lines, machine.versionOfLibrary);
   if (library.ending().status.value_or(0) != 0) machine.failure = library.said();
   for (auto& [source, question] : questions) {
     question.finish(until);

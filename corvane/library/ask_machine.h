@@ -16,9 +16,9 @@ struct SourceState {
 
 struct MachineSources {
   std::vector<SourceState> sources;
-  std::string libraryFile;     ///< its path
-  std::string libraryVersion;  ///< the line in which it names itself
-  std::string failure;         ///< why nothing can be said: there is no library that fits
+  std::string fileOfLibrary;     ///< its path
+  std::string versionOfLibrary;  ///< the line in which it names itself
+  std::string failure;           ///< why nothing can be said: there is no library that fits
 };
 
 /// Asks the monitor library that the profiler of that folder uses, each source in a process of its
