@@ -58,8 +58,8 @@ def processes_of(group_or_text):
         try:
             with open(f"/proc/{pid}/cmdline", "rb") as file:
                 words = file.read()
-            with open(f"/proc/{pid}/stat") as file:
-                zombie = file.read().rsplit(")", 1)[1].split()[0] == "Z"
+            with open(f"/proc/{pid}/stat", "rb") as file:  # others' names may be of any bytes
+                zombie = file.read().rsplit(b")", 1)[1].split()[0] == b"Z"
         except OSError:
             continue
         if group_or_text.encode() in words and not zombie and int(pid) != os.getpid():
