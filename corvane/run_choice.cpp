@@ -5,7 +5,7 @@
 #include "run_files.h"
 
 std::filesystem::path chosenRun(const std::string& run) {
-  const std::filesystem::path folder =
+  std::filesystem::path folder =
       run.empty() ? runs::newestRun("Results_corvane") : std::filesystem::path(run);
   if (folder.empty()) {
     message("there is no run below Results_corvane; name a run folder");

@@ -95,6 +95,3 @@ class TraceWriter : public runs::RowVisitor {
   std::vector<SourceState> sources_;
   std::uint64_t events_ = 0;
 };
-
-/// The text as a JSON string, quotes included; bytes that are no UTF-8 become U+FFFD.
-std::string jsonString(std::string_view text);

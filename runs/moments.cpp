@@ -1,6 +1,7 @@
 #include "moments.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace runs {
@@ -44,7 +45,7 @@ void Moments::candidate(const Candidate& process) {
 }
 
 void Moments::endSample(double time, double period) {
-  const auto microseconds = std::int64_t(std::clamp(time, 0.0, 1e12) * 1e6 + 0.5);
+  const auto microseconds = std::int64_t(std::llround(std::clamp(time, 0.0, 1e12) * 1e6));
   if (stretches_.empty()) first_ = microseconds >> shift_;
   while ((microseconds >> shift_) - first_ >= std::int64_t(capacity))
     halve();

@@ -76,6 +76,7 @@ class ProcessTable {
 
   std::vector<Index> all() const {
     std::vector<Index> indices;
+    indices.reserve(byPid_.size());
     for (const auto& [pid, index] : byPid_)
       indices.push_back(index);
     return indices;

@@ -114,7 +114,8 @@ Column columnByHeader(std::string_view header) {
   const bool hasUnit = bracket != std::string_view::npos && bracket > 0 && header.ends_with(')');
   column.metric = header.substr(0, hasUnit ? bracket : header.size());
   if (hasUnit) column.unit = header.substr(bracket + 1, header.size() - bracket - 2);
-  const bool ofPeriod = column.unit == "%" || column.unit.ends_with("/s");
+  const bool ofPeriod =
+      column.unit == "%" || column.unit.ends_with("/s") || column.metric.ends_with("_mean");
   column.meaning = ofPeriod ? Meaning::ofPeriod : Meaning::state;
   column.entity = coreOf(header);
   return column;

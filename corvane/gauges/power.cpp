@@ -96,7 +96,7 @@ class PowerGauge : public Gauge {
       Attribute counter(zonesFolder + zone + "/energy_uj");
       const auto energy = counter.number();
       if (!energy) continue;
-      addColumn(zoneName(zone), "W", zone);
+      addColumn(zoneName(zone) + "_mean", "W", zone);
       Attribute range(zonesFolder + zone + "/max_energy_range_uj");
       energies_.push_back({std::move(counter), range.number().value_or(0), energy});
     }

@@ -1,9 +1,6 @@
 #include "console_text.h"
 
 #include <algorithm>
-#include <dirent.h>
-#include <fcntl.h>
-#include <memory>
 #include <sstream>
 
 std::vector<std::string> noticesIn(const std::string& console) {
@@ -27,14 +24,4 @@ std::vector<std::string> lastLines(const std::string& console, std::size_t most)
     if (last.size() > most) last.erase(last.begin());
   }
   return last;
-}
-
-std::vector<std::string> namesIn(int folder) {
-  std::vector<std::string> names;
-  const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (own < 0) return names;
-  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(own), ::closedir);
-  while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr)
-    names.emplace_back(entry->d_name);
-  return names;
 }

@@ -9,6 +9,3 @@ std::vector<std::string> noticesIn(const std::string& console);
 
 /// The last lines that are not empty, at most `most`.
 std::vector<std::string> lastLines(const std::string& console, std::size_t most);
-
-/// The names in a folder that is open.
-std::vector<std::string> namesIn(int folder);

@@ -72,6 +72,8 @@ void warnOfFullDisk(const Plan& plan, const std::vector<SourceState>& sources) {
   const int processes = std::max(countOf(sources, "proc"), countOf(sources, "procmem"));
   message("the disk will be full in about " + hours(free / hourly) + ": about " +
           megabytes(hourly) + " an hour" +
-          (processes > 0 ? " with " + std::to_string(processes) + " processes" : "") + ", " +
-          megabytes(free) + " free in " + plan.output.string());
+          (processes > 0
+               ? " with " + std::to_string(processes) + (processes == 1 ? " process" : " processes")
+               : "") +
+          ", " + megabytes(free) + " free in " + plan.output.string());
 }

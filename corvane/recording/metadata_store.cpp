@@ -4,9 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -73,12 +71,9 @@ bool isRecorded(int base, const std::string& suffix) {
 
 /// The run that is being recorded and began last; empty where there is none.
 std::string recordedRun(int base) {
-  const std::unique_ptr<DIR, int (*)(DIR*)> folder(
-      ::fdopendir(::openat(base, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), ::closedir);
   std::string newest;
   std::int64_t start = 0;
-  while (const dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
-    const std::string name = entry->d_name;
+  for (const auto& name : namesIn(base)) {
     if (name.starts_with('.') || !name.ends_with(ending)) continue;
     const auto suffix = name.substr(0, name.size() - ending.size());
     const auto metadata = isRecorded(base, suffix) ? read(base, suffix) : std::nullopt;

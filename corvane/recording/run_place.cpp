@@ -3,7 +3,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <time.h>
@@ -53,6 +55,16 @@ Handle openFolder(int parent, const std::string& name) {
     return Handle(::openat(parent, name.c_str(), flags));
   }
   return folder;
+}
+
+std::vector<std::string> namesIn(int folder) {
+  std::vector<std::string> names;
+  const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (own < 0) return names;
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(own), ::closedir);
+  while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr)
+    names.emplace_back(entry->d_name);
+  return names;
 }
 
 RunPlace::RunPlace(const fs::path& output, const std::optional<std::string>& name)

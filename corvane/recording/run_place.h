@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// A descriptor with its owner; closed on exec.
 class Handle {
@@ -23,6 +24,9 @@ class Handle {
 /// Opens a folder below `parent` without following a link to it, but for one that this user or root
 /// has made. Empty, with errno, where that fails.
 Handle openFolder(int parent, const std::string& name);
+
+/// The names in a folder that is open.
+std::vector<std::string> namesIn(int folder);
 
 /// Where a run's results go: the run folder that the profiler makes and, beside it, the console
 /// `<suffix>.log`. All below is reached by descriptors, so that nobody who may write beside it can

@@ -13,6 +13,7 @@ import time
 import pytest
 from conftest import BUILD, CORVANE, PROGRAM, RUNNER, corvane, wait_until
 from made_runs import line, write_run
+from test_sources import CASES, check_result_file
 
 pytestmark = pytest.mark.skipif(bool(RUNNER), reason="an emulated process starts no other one")
 ENDLESS = "cpu repeat=99999 slow=2 1 2 3\nmem 4 3 1\nproc repeat=99999 7 a|1 1 2 0.5\n"
@@ -108,9 +109,27 @@ def test_files_and_console_are_those_of_a_run_by_hand(recorder):
     assert values[0] == values[1] and len(values[0]) == 3
 
 
+WORDS = {"-a": "adsp", "-c": "cpu", "-d": "cdsp", "-g": "gpu", "-i": "io", "-n": "net", "-o": "mem",
+         "-p": "proc", "-u": "procmem"}  # fmt: skip
+
+
+@pytest.mark.parametrize("source", set(CASES) - {"disk_without_period"})
+def test_result_file(recorder, source):
+    def record(options, script):
+        option, _, period, _, seconds = options.split()
+        run = recorder.run(f"--only {WORDS[option]} --every {period}ms --for {seconds}s --name x -q", script=script)
+        assert run.out == ""
+        run.out = recorder.path("x.log").read_text()
+        run.err = re.sub(r"corvane: \w+ is not here: .*\n", "", run.err)
+        return run
+
+    check_result_file(source, record, lambda text: re.sub("^ *TIME", "TIME", text, flags=re.MULTILINE))
+
+
 def test_for_a_time(recorder):
-    run = recorder.run("--only mem,proc --every 100ms --for 1s --name x --label a=b=c --label d=")
+    run = recorder.run("--only mem,proc --every 100ms --for 1s --name x --label a=b=c --label d= --report")
     assert (run.status, run.out) == (0, "")
+    assert recorder.path("x.html").read_text().endswith("</html>\n")
     lines = run.err.splitlines()
     assert lines[0] == "corvane: recorded Results_corvane/x"
     assert lines[1].endswith(" samples of 2 sources")
@@ -125,6 +144,14 @@ def test_for_a_time(recorder):
     assert 1 <= end - start
     stamps = [float(line.split()[0]) * 19.2 / metadata["counter_hz"] for line in recorder.samples("mem")]
     assert all(start < stamp < end for stamp in stamps)
+
+
+def test_disk_that_will_be_full(recorder):
+    """Hours to go by what rows take: 51 bytes and 30 a core, 2 and 151 a process."""
+    run = recorder.run("--only cpu,proc --every 1ms --for 99999h --name x -q", ["true"])
+    told = r"corvane: the disk will be full in about (\d+) hours: about 907 MB an hour with 1 process, (.*) GB free in \.\n"
+    hours, free = map(float, re.fullmatch(told, run.err).groups())
+    assert hours == pytest.approx(free * 1024 / 907, rel=0.01, abs=1)
 
 
 def test_half_a_second_is_a_time_too(recorder):
@@ -346,12 +373,13 @@ def test_nothing_is_left_behind(recorder):
 
 
 def test_sources_are_those_of_the_library_in_place(recorder):
-    run = recorder.profiler.run("sources", "cpu 1\nmem 5\ndsp3 1 1\nproc signal=4 1\n", program=CORVANE)
+    run = recorder.profiler.run("sources", "cpu 1\nmem 5\ndsp3 1 1\nproc signal=4 1\ngpu slow=60000 1\n", program=CORVANE)
     state = {line.split()[0]: line.split()[1] for line in run.out.splitlines()[:10]}
     there = [word for word, is_there in state.items() if is_there == "yes"]
     assert there == ["cpu", "cdsp", "mem"] and run.status == 0
     assert "\nproc      no   the monitor library crashed: Illegal instruction\n" in run.out
     assert "\nnet       no   the monitor library has none\n" in run.out
+    assert "\ngpu       no   the monitor library does not answer\n" in run.out
     assert "Scripted Library Version : v0, " + str(BUILD / "scripted/libcorvane.so") in run.out
     own = recorder.profiler.run("sources", program=CORVANE, scripted=False)
     assert "Corvane Library Version : " in own.out
@@ -361,7 +389,7 @@ def test_sources_are_those_of_the_library_in_place(recorder):
 GAUGES = {
     "thermal": ("acpitz(C)", ["41.500", "nan", "43.500"]),
     "freq": ("cpu1min(MHz)", ["300.000", "nan", "600.000"]),
-    "power": ("package-0/dram(W)", ["1.500", "nan", "2.500"]),
+    "power": ("package-0/dram_mean(W)", ["1.500", "nan", "2.500"]),
     "pressure": ("io_full(%)", ["0.000", "nan", "100.000"]),
 }
 
@@ -369,7 +397,7 @@ GAUGES = {
 def test_gauges_read_alike_everywhere(tmp_path):
     """Stamps of a 24.576 MHz counter, and a value that was not to be had."""
     folder = write_run(tmp_path / "x", **{
-        word: line("Time(usec)", column) + "".join(
+        word: line("Time(usec)", " " + column) + "".join(
             line((1000 + i) * 24.576e6 / 19.2, value) for i, value in enumerate(values, 1))
         for word, (column, values) in GAUGES.items()
     })  # fmt: skip

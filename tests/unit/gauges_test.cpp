@@ -109,9 +109,10 @@ TEST_F(GaugeTest, PowerOfCountersThatWrapAndStepBack) {
   tree_.write("/sys/class/hwmon/hwmon3/power2_average", "5500000\n");
   tree_.write("/sys/class/hwmon/hwmon3/power2_label", "PPT fast\n");
   const auto gauge = powerGauge();
-  EXPECT_THAT(gauge->columns(), ElementsAre("BAT0_current(A)", "BAT0_voltage(V)",
-                                            "amdgpu_power1(W)", "amdgpu_PPT_fast(W)",
-                                            "package-0(W)", "package-0/dram(W)", "package-1(W)"));
+  EXPECT_THAT(
+      gauge->columns(),
+      ElementsAre("BAT0_current(A)", "BAT0_voltage(V)", "amdgpu_power1(W)", "amdgpu_PPT_fast(W)",
+                  "package-0_mean(W)", "package-0/dram_mean(W)", "package-1_mean(W)"));
   energy(":0", "1171150\n");       // beyond its range: 1.5 J on
   energy(":0:0", "262143900000");  // 0.9 J on
   energy(":1", "131000000000\n");  // reset in the middle
