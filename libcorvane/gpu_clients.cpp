@@ -36,6 +36,8 @@ void GpuClients::findDescriptorsOf(const std::string& process) {
 
 void GpuClients::findDescriptors() {
   descriptors_.clear();
+  errno = 0;
+  if (listFolder("/sys/class/drm").empty() && errno == ENOENT) return;  // no such device
   for (const auto& entry : listFolder("/proc")) {
     if (toNumber<int>(entry)) findDescriptorsOf(entry);
   }

@@ -14,7 +14,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr int schema = 1;
-constexpr double nominalMhz = 19.2;  // that stamps are written in
 constexpr std::int64_t nsPerSecond = 1'000'000'000;
 
 std::int64_t floorDivide(std::int64_t a, std::int64_t b) {

@@ -10,6 +10,9 @@
 
 namespace runs {
 
+/// Stamps are written as microseconds of a counter of this rate, whatever its real one.
+inline constexpr double nominalMhz = 19.2;
+
 /// One moment on three clocks that were read one right after the other.
 struct Instant {
   std::int64_t wallNs = 0;    ///< ns since 1970 in UTC
@@ -101,7 +104,7 @@ struct Metadata {
   std::vector<std::string> notices;  ///< what could not be measured, as the library said it
   std::vector<std::string> faults;   ///< what went wrong with the recording itself
 
-  /// Seconds of the run at a stamp of its files (µs of a 19.2 MHz counter, whatever its real rate).
+  /// Seconds of the run at a stamp of its files (µs of a counter of nominalMhz).
   double secondsAt(double stamp) const;
   /// Wall-clock time in s since 1970 at that stamp, by the clock as it was set at the start.
   double wallAt(double stamp) const;

@@ -53,8 +53,8 @@ TimeAxis timeAxis(const std::vector<FirstTimes>& times, const std::optional<Meta
   const double earliest = earliestStart(times);
   if (!metadata) return {.zero = earliest};
   // The counter runs at the rate that the metadata know, the stamps at a nominal one.
-  const double perMicrosecond = metadata->secondsAt(1) - metadata->secondsAt(0);
-  const TimeAxis axis{.zero = -metadata->secondsAt(0) / perMicrosecond,
+  const double perMicrosecond = nominalMhz / metadata->counterHz;
+  const TimeAxis axis{.zero = double(metadata->start.counter) / nominalMhz,
                       .secondsPerMicrosecond = perMicrosecond};
   if (axis.zero <= earliest) return axis;
   return {.zero = earliest, .secondsPerMicrosecond = perMicrosecond};

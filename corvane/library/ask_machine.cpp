@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
+#include <optional>
 #include <signal.h>
+#include <span>
 #include <sstream>
 #include <unistd.h>
 
@@ -17,18 +20,49 @@ namespace {
 
 constexpr std::chrono::seconds patience{3};
 
+/// Written on both outputs ahead of what is asked, so that each text is known to be of that.
+constexpr char announcement = '\x1e';
+
+void announce(std::string_view word) {
+  for (FILE* const output : {stdout, stderr}) {
+    std::fprintf(output, "%c%.*s\n", announcement, int(word.size()), word.data());
+    std::fflush(output);
+  }
+}
+
+/// What the text says of the word; nothing where that was not asked.
+std::optional<std::string> partOf(const std::string& text, std::string_view word) {
+  const auto begin = announcement + std::string(word) + "\n";
+  const auto at = text.find(begin);
+  if (at == std::string::npos) return std::nullopt;
+  const auto from = at + begin.size();
+  return text.substr(from, text.find(announcement, from) - from);
+}
+
+/// The lines without "corvane: ", as one line.
+std::string asOneLine(const std::string& lines) {
+  constexpr std::string_view prefix = "corvane: ";
+  std::istringstream stream(lines);
+  std::string text;
+  for (std::string line; std::getline(stream, line);) {
+    if (line.starts_with(prefix)) line.erase(0, prefix.size());
+    if (!line.empty()) text += (text.empty() ? "" : "; ") + line;
+  }
+  return text;
+}
+
 SourceState stateOf(const ProfilerSource& source, const Question& question) {
   SourceState state;
   state.word = source.word;
   state.what = source.what;
   state.counted = source.counted;
-  state.said = question.said();
+  state.said = asOneLine(partOf(question.errors(), source.word).value_or(""));
   // A library's own output may stand before the answer.
-  const auto at = question.answer().rfind("answer ");
+  const auto text = partOf(question.answer(), source.word).value_or("");
+  const auto at = text.rfind("answer ");
   int there = 0;
-  state.answered =
-      at != std::string::npos &&
-      std::sscanf(question.answer().c_str() + at, "answer %d %d", &there, &state.count) == 2;
+  state.answered = at != std::string::npos &&
+                   std::sscanf(text.c_str() + at, "answer %d %d", &there, &state.count) == 2;
   state.there = there != 0;
   if (state.there) return state;
   const auto& ending = question.ending();
@@ -40,6 +74,32 @@ SourceState stateOf(const ProfilerSource& source, const Question& question) {
     state.said = "the monitor library has none";
   }
   return state;
+}
+
+using Sources = std::vector<const ProfilerSource*>;
+
+/// Asks one source after the other in a process that has loaded the library once. Those that are
+/// not told of were not asked: the one before them took the process down.
+std::vector<SourceState> askSome(const std::filesystem::path& profilerFolder,
+                                 std::span<const ProfilerSource* const> sources, bool thorough) {
+  Question question([&] {
+    useMonitorLibrary(profilerFolder);
+    for (const auto* source : sources) {
+      announce(source->word);
+      const auto answer = source->ask(thorough);
+      std::printf("\nanswer %d %d\n", answer.there ? 1 : 0, answer.count);
+    }
+  });
+  question.finish(std::chrono::steady_clock::now() + patience);
+  std::vector<SourceState> states;
+  for (const auto* source : sources) {
+    const auto state = stateOf(*source, question);
+    // Who is at fault is only sure of the first one; and it has had all of the time.
+    if (!state.answered && !states.empty()) break;
+    states.push_back(state);
+    if (!state.answered) break;
+  }
+  return states;
 }
 
 SourceState stateOf(const GaugeKind& kind) {
@@ -62,28 +122,21 @@ bool wanted(const std::vector<std::string>& words, std::string_view word) {
 MachineSources askMachine(const std::filesystem::path& profilerFolder,
                           const std::vector<std::string>& words, bool thorough) {
   MachineSources machine;
-  std::vector<std::pair<const ProfilerSource*, Question>> questions;
   Question library([&] {
     std::printf("%s\n", useMonitorLibrary(profilerFolder).c_str());
     printLibraryVersion();
   });
-  for (const auto& source : profilerSources) {
-    if (!wanted(words, source.word)) continue;
-    questions.emplace_back(&source, Question([&] {
-      useMonitorLibrary(profilerFolder);
-      const auto answer = source.ask(thorough);
-      std::printf("\nanswer %d %d\n", answer.there ? 1 : 0, answer.count);
-    }));
-  }
-  const auto until = std::chrono::steady_clock::now() + patience;
-  library.finish(until);
+  library.finish(std::chrono::steady_clock::now() + patience);
   std::istringstream lines(library.answer());
   std::getline(lines, machine.fileOfLibrary);
   std::getline(lines, machine.versionOfLibrary);
-  if (library.ending().status.value_or(0) != 0) machine.failure = library.said();
-  for (auto& [source, question] : questions) {
-    question.finish(until);
-    machine.sources.push_back(stateOf(*source, question));
+  if (library.ending().status.value_or(0) != 0) machine.failure = asOneLine(library.errors());
+  Sources wantedSources;
+  for (const auto& source : profilerSources)
+    if (wanted(words, source.word)) wantedSources.push_back(&source);
+  while (machine.sources.size() < wantedSources.size()) {
+    const auto left = std::span(wantedSources).subspan(machine.sources.size());
+    std::ranges::move(askSome(profilerFolder, left, thorough), std::back_inserter(machine.sources));
   }
   for (const auto& kind : gaugeKinds)
     if (wanted(words, kind.word)) machine.sources.push_back(stateOf(kind));

@@ -21,10 +21,11 @@ struct MachineSources {
   std::string failure;           ///< why nothing can be said: there is no library that fits
 };
 
-/// Asks the monitor library that the profiler of that folder uses, each source in a process of its
-/// own: a library that crashes or hangs in one takes nobody with it. The recording's own gauges
-/// follow. Takes some ten milliseconds, `thorough` longer where there are many processes; at most
-/// some seconds where the library hangs.
+/// Asks the monitor library that the profiler of that folder uses, in a process beside this one: a
+/// library that crashes or hangs over a source takes that process down, and the sources left are
+/// asked in another. The recording's own gauges follow. Takes some ten milliseconds, `thorough`
+/// longer where there are many processes; some seconds for each source over which the library
+/// hangs.
 MachineSources askMachine(const std::filesystem::path& profilerFolder,
                           const std::vector<std::string>& words, bool thorough);
 

@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <sstream>
 #include <sys/prctl.h>
 #include <system_error>
 #include <unistd.h>
@@ -64,15 +63,4 @@ void Question::finish(Clock::time_point until) {
   }
   if (hangs) child_.signal(SIGKILL);
   child_.wait();
-}
-
-std::string Question::said() const {
-  constexpr std::string_view prefix = "corvane: ";
-  std::istringstream lines(texts_[1]);
-  std::string text;
-  for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with(prefix)) line.erase(0, prefix.size());
-    if (!line.empty()) text += (text.empty() ? "" : "; ") + line;
-  }
-  return text;
 }

@@ -7,7 +7,7 @@
 
 #include "child.h"
 
-/// A process of its own that is asked one thing: its standard output is the answer, its standard
+/// A process of its own that is asked something: its standard output is the answer, its standard
 /// error what it has to say about it. It is not there any longer once the answer is.
 class Question {
  public:
@@ -18,8 +18,7 @@ class Question {
   void finish(std::chrono::steady_clock::time_point until);
 
   const std::string& answer() const { return texts_[0]; }
-  /// The lines of standard error without "corvane: ", as one line.
-  std::string said() const;
+  const std::string& errors() const { return texts_[1]; }
   const runs::Ending& ending() const { return child_.ending(); }
 
  private:

@@ -7,9 +7,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// Stamps are written as microseconds of a counter of this rate.
-constexpr double nominalMhz = 19.2;
-
 class Facts {
  public:
   void add(const std::string& name, const std::string& text) {
@@ -96,7 +93,7 @@ Json factsOf(const std::optional<runs::Metadata>& metadata) {
     addRecording(facts, *metadata);
     missing = missingOf(*metadata);
     for (const auto& mark : metadata->marks)
-      marks.push_back({metadata->secondsAt(double(mark.at.counter) / nominalMhz), mark.text});
+      marks.push_back({metadata->secondsAt(double(mark.at.counter) / runs::nominalMhz), mark.text});
   }
   return {{"machine", std::move(machine)},
           {"facts", facts.take()},

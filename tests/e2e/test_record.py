@@ -395,13 +395,13 @@ GAUGES = {
 
 
 def test_gauges_read_alike_everywhere(tmp_path):
-    """Stamps of a 24.576 MHz counter, and a value that was not to be had."""
+    """Stamps of a 24.576 MHz counter that runs for a month, and a value that was not to be had."""
     folder = write_run(tmp_path / "x", **{
         word: line("Time(usec)", " " + column) + "".join(
-            line((1000 + i) * 24.576e6 / 19.2, value) for i, value in enumerate(values, 1))
+            line((2592000 + i) * 24.576e6 / 19.2, value) for i, value in enumerate(values, 1))
         for word, (column, values) in GAUGES.items()
     })  # fmt: skip
-    start = {"wall": "2026-11-22T22:41:07.250000000+01:00", "boot_s": 1000.0, "counter": 24576000000}
+    start = {"wall": "2026-11-22T22:41:07.250000000+01:00", "boot_s": 2592000.0, "counter": 2592000 * 24576000}
     (tmp_path / "x.run.json").write_text(json.dumps(
         {"schema": 1, "start": start, "counter_hz": 24576000, "sources": []}))  # fmt: skip
     report = json.loads(corvane("show", "--json", folder).stdout)
