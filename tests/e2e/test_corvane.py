@@ -125,19 +125,24 @@ def test_metrics_against_all_samples(tmp_path):
 
 
 def test_stamps_of_the_counter_stand_on_one_axis(tmp_path):
-    stamp = lambda seconds: 5e8 + seconds * 1e6 + 0.05
+    up = 30 * 86400  # seconds, before the run
+    stamp = lambda seconds: (up + seconds) * 1e6 + 0.05
     cpu = line("Time(usec)", "TotalCPU") + "".join(line(stamp(i), 50.0) for i in range(1, 9))
-    mem = line(*MEM) + "".join(line(stamp(i / 2 + 0.25), 4, 3, 1, 25.0, 0, 0, 0, 0.0) for i in range(2, 9))
+    mem = line(*MEM) + "".join(line(stamp(i / 2 + 0.25) + 0.3, 4, 3, 1, 25.0, 0, 0, 0, 0.0) for i in range(2, 9))
     folder = write_run(tmp_path / "r", cpu=cpu, mem=mem)
     assert shown(folder)["run"]["seconds"] == pytest.approx(7)
     tracks, _ = traced(folder)
     assert [ts for ts, _ in tracks["TotalCPU (%)"]] == pytest.approx([i * 1e6 for i in range(8)], abs=0.1)
-    assert tracks["Used_Mem (KB)"][0][0] == pytest.approx(1.25e6, abs=0.1)  # a state: when it was read
-    # The metadata know better where the run began, and how fast the counter is.
-    anchor = {"counter": 480 * 25000000, "wall_ns": 0, "boot": 480.0}
-    (tmp_path / "r.run.json").write_text(json.dumps(
-        {"schema": 1, "counter_hz": 19200000, "start": anchor, "sources": []}))
-    assert shown(folder)["run"]["start"] is not None
+    for state in ("Used_Mem (KB)", "Mem_Usage (%)"):
+        assert tracks[state][0][0] == pytest.approx(1250000.3, abs=0.01)  # when it was read
+    # The metadata know better where the run began, how fast the counter is, and what was asked for.
+    start = {"wall": "2026-01-02T03:04:05.000000000+00:00", "boot_s": up - 1.0, "counter": (up - 1) * 19200000}
+    (tmp_path / "r.run.json").write_text(json.dumps({
+        "schema": 1, "counter_hz": 38400000, "start": start, "sources": [{"source": "mem", "period_ms": 125}]}))
+    run = shown(f"{folder}/")["run"]
+    assert (run["start"], run["sources"][1]["period_ms"]) == (start["wall"], 125)
+    tracks, _ = traced(folder)
+    assert [ts for ts, _ in tracks["TotalCPU (%)"]] == pytest.approx([(i + 1) * 5e5 for i in range(8)], abs=0.1)
 
 
 @pytest.mark.parametrize("content, status, told", [
