@@ -11,7 +11,7 @@ import time
 
 import made_runs
 import pytest
-from conftest import CORVANE, corvane
+from conftest import CORVANE, FIXTURES, corvane
 from made_runs import DISK, MEM, NET, PROC, line, text_of, write_run
 
 def shown(*arguments):
@@ -41,6 +41,7 @@ def test_processes_are_those_that_lived(tmp_path, seed):
     for name, true in made_runs.by_name(lives).items():
         got = names.pop(name)
         assert got["processes"] == true["processes"]
+        assert (got["first"], got["last"]) == pytest.approx((min(true["times"]), max(true["times"])))
         assert got["cpu_seconds"] == pytest.approx(true["cpu_seconds"])
         assert got["cpu_peak"] == pytest.approx(max(true["cpu"].values()))
         assert got["pss_peak_kb"] == max(true["pss"].values())
@@ -56,7 +57,9 @@ def test_processes_are_those_that_lived(tmp_path, seed):
     ({4: (1, "a"), 8: (3, "a")}, {t: 9 if t != 6 else None for t in range(1, 9)}, [(1, 5), (7, 8)]),
     ({1: (5, "a"), 2: (6, "a"), 3: (0.5, "a")}, {}, [(1, 2), (3, 3)]),
     ({}, {1: 3, 2: None, 3: 3}, [(1, 1), (3, 3)]),
-], ids=["back later", "no memory for a moment", "another program", "seen by memory alone", "at once", "memory only"])
+    ({1: (1.01, "a"), 2: (1, "a"), 3: (1.01, "a")}, {}, [(1, 3)]),
+], ids=["back later", "no memory for a moment", "another program", "seen by memory alone", "at once", "memory only",
+        "rounded"])
 def test_which_rows_are_one_process(tmp_path, proc, procmem, lives):
     other = (1, "init", 0.0, 0.0, 0.0, 0.0)
     cpu = [(t * 1e6, [other] + ([(5, row[1], 0.0, 0.0, row[0] + 0.0, 0.0)] if row else []))
@@ -114,11 +117,13 @@ def test_metrics_against_all_samples(tmp_path):
         for figure in ("p50", "p95", "p99"):
             assert metrics[key][figure] == pytest.approx(true.pop(figure), rel=0.004)
         exact = "MB/s" not in key
+        assert metrics[key]["sum"] == (pytest.approx(sum(values)) if key[2] == "Rx_packets" else None)
         for figure, value in true.items():
             assert metrics[key][figure] == (value if exact else pytest.approx(value, rel=1e-9)), (key, figure)
     # A swap share that is no number has no samples; the packets sent are not known.
     assert not {key[2] for key in metrics} & {"Swap_Used" + "%", "Tx_packets", "KB_read/s"}
     assert ("mem", "", "Swap_Used", "%") not in metrics
+    assert [source["source"] for source in report["run"]["sources"]] == ["cpu", "mem", "io", "net"]
     cpu_source = report["run"]["sources"][0]
     assert (cpu_source["samples"], cpu_source["expected"]) == (len(times), len(times) + 5)
     assert cpu_source["period_ms"] == pytest.approx(100, abs=0.1)
@@ -145,6 +150,17 @@ def test_stamps_of_the_counter_stand_on_one_axis(tmp_path):
     assert [ts for ts, _ in tracks["TotalCPU (%)"]] == pytest.approx([(i + 1) * 5e5 for i in range(8)], abs=0.1)
 
 
+def test_times_of_six_digits_do_not_tell_the_start(tmp_path):
+    """They may be the same for two samples."""
+    stamp = lambda seconds: 12345674000.05 + seconds * 1e6
+    cpu = line("Time(usec)", "TotalCPU") + "".join(line(stamp(i), 50.0) for i in range(1, 4))
+    rows = "".join(line(f"{stamp(i / 20):.6g}", pid, "a", 0.0, 0.0, 0.0, 1.0) + "\n" * (pid == 2)
+                   for i in range(20, 60) for pid in (1, 2))
+    folder = write_run(tmp_path / "r", cpu=cpu, proc=line(*PROC) + rows)
+    assert [source["samples"] for source in shown(folder)["run"]["sources"]] == [3, 40]
+    assert traced(folder)[0]["TotalCPU (%)"][0][0] == pytest.approx(0, abs=0.1)
+
+
 @pytest.mark.parametrize("content, status, told", [
     ("", 2, "is empty"),
     ("no header\n1 2\n", 2, "does not begin with a header line"),
@@ -155,6 +171,8 @@ def test_stamps_of_the_counter_stand_on_one_axis(tmp_path):
 def test_files_that_are_not_whole(tmp_path, content, status, told):
     done = corvane("show", write_run(tmp_path / "r", cpu=content))
     assert (done.returncode, told in done.stderr) == (status, True), done.stderr
+    assert corvane("report", "r", cwd=tmp_path).returncode == status
+    assert sorted(os.listdir(tmp_path)) == (["r"] if status else ["r", "r.html"])
     if status == 0:
         assert "TotalCPU %                  50.00    50.00" in done.stdout
         tracks, _ = traced(tmp_path / "r")
@@ -163,7 +181,7 @@ def test_files_that_are_not_whole(tmp_path, content, status, told):
 
 @pytest.mark.parametrize("arguments, told", [
     ([], "is required"), (["shwo"], "did you mean show?"), (["show", "--jsn"], "did you mean --json?"),
-    (["show"], "no run below Results_corvane"), (["show", "nowhere"], "is no folder"),
+    (["frobnicate"], "unknown frobnicate\n"), (["show"], "no run below Results_corvane"), (["show", "nowhere"], "is no folder"),
     (["trace", "."], "--output is required"), (["trace", ".", "-o", "x"], "holds no result files"),
     (["convert", "."], "say what to make"), (["show", "--from", "x"], "--from"),
 ])
@@ -174,11 +192,29 @@ def test_wrong_use(tmp_path, arguments, told):
 
 
 def test_the_newest_run_is_meant(tmp_path):
-    for age, name in ((10, "new"), (20, "old")):
-        folder = write_run(tmp_path / "Results_corvane" / name, cpu="Time(usec) TotalCPU\n1.00 5.00\n")
-        os.utime(next(folder.iterdir()), (time.time() - age,) * 2)
+    for name, ages in (("new", (30, 10)), ("old", (20, 20))):
+        one = "Time(usec) TotalCPU\n1.00 5.00\n"
+        folder = write_run(tmp_path / "Results_corvane" / name, cpu=one, mem=one)
+        for age, path in zip(ages, sorted(folder.iterdir())):
+            os.utime(path, (time.time() - age,) * 2)
+            path.with_suffix(".csv").write_text("Time(usec),TotalCPU\n")
     done = corvane("show", cwd=tmp_path)
-    assert done.stdout.startswith("Results_corvane/new: ")
+    assert done.stdout.startswith("Results_corvane/new: ") and not done.stderr
+
+
+def test_show_tells_a_run_on_one_screen(tmp_path):
+    times = [t for t in range(1, 101) if t not in (50, 51)]
+    cpu = line("Time(usec)", "TotalCPU", "cpu0(%)") + "".join(line(t * 1e6, t - 0.5, 1.0) for t in times)
+    ddr = line("Time(usec)", "llcc_rd(MB/s)") + "".join(line(t * 1e6, 0) for t in times)
+    disks = [(t * 1e6, [("sda", 3 << 20, 0.0, t << 20, 0.0), ("loop0", 0, 0.0, 0, 0.0)]) for t in times]
+    name = lambda pid: " a-name-that-is-longer-than-its-column" if pid == 12 else f"worker{pid // 3}"
+    alive = lambda t: [pid for pid in range(1, 13) if pid != 11 or 10 <= t <= 20]
+    proc = [(t * 1e6, [(pid, name(pid), 0.0, 0.0, t * pid / 100, pid + t % 2 * 1.0) for pid in alive(t)]) for t in times]
+    pss = lambda pid, t: 1024 * (pid * 100 + (t if t < 90 else 90 - t))
+    memory = [(t * 1e6 + 1, [(pid, 1, name(pid), 0, pss(pid, t), 0, 0) for pid in alive(t)]) for t in times]
+    write_run(tmp_path / "r", cpu=cpu, ddr=ddr, diskio=text_of(DISK, disks), proc=text_of(PROC, proc),
+              procmem_=text_of(made_runs.PROCMEM, memory))
+    assert corvane("show", "r", cwd=tmp_path).stdout == (FIXTURES / "show/screen.txt").read_text()
 
 
 HOSTILE = ['\x1b[31mred\x1b[0m', 'quote"back\\slash', "\x9b2J", "\u202egnp.exe", "tab\tbell\a", "<b>&", "ünïcode"]
@@ -204,24 +240,36 @@ def test_hostile_names(tmp_path):
 
 def test_trace_has_every_sample_in_full(tmp_path):
     times = [500000 * i for i in range(1, 7)]
-    proc = [(t, [(pid, "same", 0.0, 0.0, 0.0, float(pid)) for pid in range(1, 41) if pid != 7 or t < 1.6e6])
-            for t in times]
+    proc = [(t, [(pid, "same", 0.0, 0.0, 0.5, float(pid)) for pid in (*range(1, 41), 40) if pid != 7 or t < 1.6e6]
+             + [(41, "sh" if t < 1.6e6 else "make", 0.0, 0.0, 0.5, 7.0)]) for t in times]
     disks = [(t, [("sda", 1 << 20, 0.0, 0, 0.0), ("idle", 0, 0.0, 0, 0.0)]) for t in times]
-    folder = write_run(tmp_path / "r", proc=text_of(PROC, proc), diskio=text_of(DISK, disks))
+    ddr = line("Time(usec)", "llcc_rd(MB/s)", "llcc_wr(MB/s)") + "".join(line(float(t), 3, 4) for t in times)
+    folder = write_run(tmp_path / "r", proc=text_of(PROC, proc), diskio=text_of(DISK, disks), ddr=ddr)
     tracks, events = traced(folder)
     assert sum(name.startswith("same [") for name in tracks) == 40
     begins = [t - 500000 for t in times]
-    assert tracks["same [12] CPU_Usage (%)"] == [(begin, 12) for begin in begins]
-    # One that has ended goes down to zero where its last period ends.
-    assert tracks["same [7] CPU_Usage (%)"] == [(0, 7), (500000, 7), (1000000, 7), (1500000, 0)]
+    for pid in (12, 40):
+        assert tracks[f"same [{pid}] CPU_Usage (%)"] == [(begin, pid) for begin in begins]
+    assert tracks["llcc (MB/s)"] == [(begin, 3, 4) for begin in begins]
+    # One that has ended, or has another program, goes down to zero where its last period ends.
+    for ended in ("same [7]", "sh [41]"):
+        assert tracks[f"{ended} CPU_Usage (%)"] == [(0, 7), (500000, 7), (1000000, 7), (1500000, 0)]
     assert tracks["sda disk (MB/s)"] == [(begin, 2, 0) for begin in begins]
     assert "idle disk (MB/s)" not in tracks
     assert "idle disk (MB/s)" in traced(folder, "--all")[0]
     titles = {e["pid"]: e["args"]["name"] for e in events if e["name"] == "process_name"}
     order = {e["pid"]: e["args"]["sort_index"] for e in events if e["name"] == "process_sort_index"}
-    assert sorted(titles.values()) == ["Disks", "Processes"] and order.keys() == titles.keys()
+    assert sorted(titles.values()) == ["Disks", "Memory bandwidth", "Processes"] and order.keys() == titles.keys()
     assert corvane("trace", folder, "-o", tmp_path / "t.json.gz").returncode == 0
     assert json.loads(gzip.decompress((tmp_path / "t.json.gz").read_bytes()))["traceEvents"]
+
+
+def test_trace_of_odd_numbers(tmp_path):
+    values = {"-5": -5, "-0.25": -0.25, "1e2": 100, "nan": None, "inf": None, "007": 7, "5.": 5, ".5": 0.5}
+    rows = "".join(f"{second}000000.00 {text} 0.04\n" for second, text in enumerate(values))
+    tracks, _ = traced(write_run(tmp_path / "r", battery="Time(usec) Charge Small\n" + rows))
+    assert len(tracks["Small"]) == len(values)
+    assert tracks["Charge"] == [(at * 1e6, value) for at, value in enumerate(values.values()) if value is not None]
 
 
 def test_trace_below_a_size(tmp_path):
@@ -239,6 +287,8 @@ def test_trace_below_a_size(tmp_path):
         expected[at] = max(value, expected.get(at, 0))
     events = json.loads((tmp_path / "trace.json").read_bytes())["traceEvents"]
     assert [e["args"]["value"] for e in events if e["ph"] == "C"] == list(expected.values())
+    assert corvane("trace", folder, "-o", tmp_path / "t.json.gz", "--max-mb", 1).returncode == 0
+    assert gzip.decompress((tmp_path / "t.json.gz").read_bytes()) == (tmp_path / "trace.json").read_bytes()
 
 
 def test_an_interrupted_trace_leaves_nothing(tmp_path):
@@ -246,9 +296,11 @@ def test_an_interrupted_trace_leaves_nothing(tmp_path):
     rows = [[(pid, f"p{pid}", 0.0, 1.0, 1.0, 1.0) for pid in range(t * 400, t * 400 + 400)] for t in range(1, 100)]
     folder = write_run(tmp_path / "r", proc=text_of(PROC, [(t * 1e6, r) for t, r in enumerate(rows, 1)]))
     (tmp_path / "t.json").write_text("of before")
-    process = subprocess.Popen([*CORVANE, "trace", folder, "-o", tmp_path / "t.json", "--max-mb", "1"])
+    process = subprocess.Popen([*CORVANE, "trace", folder, "-o", tmp_path / "t.json", "--max-mb", "1"],
+                               preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))  # as under nohup
     while not list(tmp_path.glob("t.json.part*")):
         assert process.poll() is None
+    process.send_signal(signal.SIGHUP)
     process.send_signal(signal.SIGINT)
     assert process.wait(60) == -signal.SIGINT
     assert sorted(path.name for path in tmp_path.iterdir()) == ["r", "t.json"]
@@ -263,6 +315,9 @@ def test_convert_makes_what_the_profiler_makes(profiler):
     for name in expected:
         if not name.endswith(".txt"):
             (folder / name).unlink()
+    above = profiler.folder / "netprofiler_"  # its name says nothing of what is in it
+    above.mkdir()
+    folder = (profiler.folder / "Results_corvane").rename(above / "cpu") / "x"
     done = corvane("convert", "--json", "--csv", "--summary", folder, cwd="/")
     assert (done.returncode, done.stderr) == (0, "")
     assert {path.name: path.read_bytes() for path in folder.iterdir()} == expected
@@ -281,6 +336,14 @@ def test_where_a_trace_cannot_go(tmp_path, output, status, told):
     done = corvane("trace", folder, "-o", output, cwd=tmp_path)
     assert (done.returncode, done.stderr.count("\n")) == (status, 1 if told else 0) and told in done.stderr
     assert os.listdir(tmp_path) == ["r"] and not os.path.isfile("/dev/null")
+
+
+@pytest.mark.parametrize("arguments", [["show", "r"], ["convert", "--summary", "r"], ["compare", "r", "--with", "r"]],
+                         ids=lambda arguments: arguments[0])
+def test_standard_output_on_a_full_disk(tmp_path, arguments):
+    write_run(tmp_path / "r", cpu=SMALL)
+    with open("/dev/full", "w") as full:
+        assert corvane(*arguments, cwd=tmp_path, capture_output=False, stdout=full).returncode == 2
 
 
 def test_trace_of_a_part(tmp_path):
@@ -312,7 +375,9 @@ def test_what_grows_without_end_is_bounded(tmp_path):
     devices = [(t * 1e6, [(f"veth{t * 100 + i}", 1 << 20, 0.0, 0, 0.0) for i in range(100)]) for t in range(1, 9)]
     names = [(t * 1e6, [(t * 100 + i, f"conftest{t * 100 + i}", 0.0, 0.0, i + 1.0, 1.0) for i in range(100)])
              for t in range(1, 40)]
-    folder = write_run(tmp_path / "r", diskio=text_of(DISK, devices), proc=text_of(PROC, names))
+    large = [(t * 1e6, [(t * 100, 1, f"conftest{t * 100}", 0, 1, 0, 0)]) for t in range(1, 40)]
+    folder = write_run(tmp_path / "r", diskio=text_of(DISK, devices), proc=text_of(PROC, names),
+                       procmem_=text_of(made_runs.PROCMEM, large))
     (folder / "cpuprofiler_other.txt").write_text(SMALL)
     (folder / "cpuprofiler_r.txt").write_text(SMALL.replace("7.00", "70.00"))
     done = corvane("show", "--json", folder)
@@ -322,10 +387,13 @@ def test_what_grows_without_end_is_bounded(tmp_path):
     report = json.loads(done.stdout)
     assert len({metric["entity"] for metric in report["metrics"] if metric["source"] == "io"}) == 256
     assert report["metrics"][0]["max"] == 70
-    # The first fifty that ended, of those with most time (100 s, one in each second), and the living.
+    # The first fifty that ended, of those with most time (100 s, one in each second), those whose
+    # memory was measured, and the living.
     ended = [p for p in report["processes"] if p["last"] < 39]
     assert len(report["processes"]) - len(ended) == 100
-    assert {p["cpu_seconds"] for p in ended} == {100, 99} and len(ended) == 50
+    assert {p["cpu_seconds"] for p in ended} == {100, 99, 1, 0} and len(ended) == 50 + 38
+    assert {p["pss_peak_kb"] for p in ended} == {1, None}
+    assert {row[0][2] for _, row in large} <= {name["name"] for name in report["names"]}
     top = [name["cpu_seconds"] for name in report["names"]]
     assert top[:38] == [100] * 38 and len(top) <= 1024 + 100
 

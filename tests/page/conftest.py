@@ -19,7 +19,7 @@ def corvane(*arguments):
 def make_page(path, *arguments):
     """The page's path."""
     made = corvane("report", "-o", path, *arguments)
-    assert (made.returncode, made.stderr) == (0, "")
+    assert (made.returncode, made.stdout, made.stderr) == (0, "", "")
     return path
 
 

@@ -2,12 +2,13 @@
 
 import base64
 import json
+import math
 import re
 import struct
 
 import pytest
 from conftest import corvane, make_page
-from made_run import spike_run
+from made_run import MadeRun, columns, spike_run
 
 TYPES = {"f32": "f", "f64": "d", "u32": "I"}
 
@@ -37,6 +38,7 @@ def test_holds_the_samples_and_the_figures_of_show(tmp_path):
         entries = told[part] if isinstance(told[part], list) else [told[part]]
         held = shown[part] if isinstance(told[part], list) else [shown[part]]
         assert [{key: entry[key] for key in wanted} for entry, wanted in zip(held, entries)] == entries
+    assert shown["side"] is None and of(shown["metrics"], metric="Rx_packets")["meaning"] == "amount"
     used = of(shown["metrics"], metric="Used_Mem")["series"]
     assert numbers(used["time"]) == [float(t) for t in range(1, 61)]
     assert numbers(used["high"]) == [(2 << 20) + 1024 * t for t in range(1, 61)]
@@ -53,6 +55,40 @@ def test_holds_the_samples_and_the_figures_of_show(tmp_path):
     assert share[first[place]] == pytest.approx(98.5)
 
 
+def test_of_a_long_run_nothing_is_lost(tmp_path):
+    times = [i / 2 for i in range(1, 5001) if not 2000 < i < 2200]
+    level = lambda t: {777: 99.0, 1777: -5.0}.get(t, 10 + t % 7)
+    run = MadeRun(tmp_path, "long")
+    run.write("oddprofiler", columns([20] * 3, [["Time(usec)", "Level", "Dip"],
+                                                *([t * 1e6, level(t), -3.0 * (t == 5)] for t in times)]))
+    run.processes([(t, [(1, "one", t * 0.3, 30.0)]) for t in times])
+    head, numbers = read(make_page(tmp_path / "page.html", run.folder))
+    [shown] = head["runs"]
+    series = of(shown["metrics"], metric="Level")["series"]
+    buckets = {}
+    for t in times:
+        buckets.setdefault(math.floor(t / series["step"]), []).append(level(t))
+    assert numbers(series["time"]) == pytest.approx([(place + 1) * series["step"] for place in buckets])
+    for part, true in (("low", min), ("high", max), ("mean", lambda values: sum(values) / len(values))):
+        assert numbers(series[part]) == pytest.approx([true(values) for values in buckets.values()])
+    assert min(numbers(of(shown["metrics"], metric="Dip")["series"]["low"])) == -3
+    assert all(share == pytest.approx(30) for share in numbers(shown["moments"]["share"]))
+
+
+def test_tells_of_the_recording(tmp_path):
+    run = spike_run(tmp_path, "spike", names=("steady", "</script>", "<!--<script>"))
+    run.with_suffix(".run.json").write_text(json.dumps({
+        "schema": 1, "command": {"arguments": ["make", "all"], "status": 2},
+        "host": {"memory_kb": 2048000, "frequencies": [
+            {"cores": "0-3", "governor": "schedutil", "min_khz": 300000, "max_khz": 1800000}]},
+        "missing": [{"source": "gpu", "reason": "no card"}], "marks": [{"text": "here", "at": {"counter": 768000000}}]}))
+    about = read(make_page(tmp_path / "page.html", run))[0]["runs"][0]["about"]
+    facts = dict(about["facts"])
+    assert (facts["Memory"], facts["Cores 0-3"]) == ("2000 MB", "schedutil, 300 to 1800 MHz")
+    assert (facts["Command"], facts["Command ended"]) == ("make all", "status 2")
+    assert (about["missing"], about["marks"]) == (["gpu: no card"], [[40, "here"]])
+
+
 def test_takes_a_stretch_and_some_processes(tmp_path):
     run = spike_run(tmp_path, "spike")
     head, numbers = read(make_page(tmp_path / "page.html", run, "--from", 10, "--to", "20", "--process", "gr*"))
@@ -65,6 +101,7 @@ def test_takes_a_stretch_and_some_processes(tmp_path):
 @pytest.mark.parametrize("arguments, said", [
     (["nowhere"], "nowhere is no folder"),
     (["run", "-o", "missing/page.html"], "missing/page.html cannot be made: No such file or directory"),
+    (["run", "-o", "/dev/full"], "/dev/full cannot be written: No space left on device"),
     (["run", "empty"], "empty holds no result files"),
     (["run", "--ouptut", "x"], "unknown --ouptut; did you mean --output?"),
 ])
@@ -80,6 +117,7 @@ def test_refusals(tmp_path, monkeypatch, arguments, said):
 def test_unless_named_the_page_is_called_like_the_newest_run(tmp_path, monkeypatch):
     monkeypatch.chdir(tmp_path)
     spike_run(tmp_path / "Results_corvane", "yesterday")
-    made = corvane("report")
-    assert (made.returncode, made.stdout, made.stderr) == (0, "yesterday.html\n", "")
+    for arguments in ([], ["Results_corvane/yesterday/"]):
+        made = corvane("report", *arguments)
+        assert (made.returncode, made.stdout, made.stderr) == (0, "yesterday.html\n", "")
     assert (tmp_path / "yesterday.html").read_text().endswith("</html>\n")

@@ -100,6 +100,7 @@ TEST(Moments, NameWhoUsedTheProcessors) {
     for (int pid = 1; pid <= 30; ++pid)
       moments.candidate({pid, "usual", 0.01 * pid});
     if (second == 3210) moments.candidate({99, "culprit", 4});
+    if (second == 3211) moments.candidate({99, "heir", 1});
     moments.endSample(second, 1);
   }
   const auto& stretches = moments.stretches();
@@ -108,9 +109,14 @@ TEST(Moments, NameWhoUsedTheProcessors) {
       std::ranges::find_if(stretches, [](const auto& stretch) { return stretch.end >= 3210; });
   ASSERT_NE(at, stretches.end());
   EXPECT_EQ(at->uses.front().name, "culprit");
+  EXPECT_EQ(at->uses.front().cpuSeconds, 4);
   EXPECT_EQ(at->uses.size(), Moments::kept);
   double usual = 0, seconds = 0;
+  const auto placeOf = [&](const auto& stretch) {
+    return std::floor(stretch.end / moments.stretchSeconds());
+  };
   for (const auto& stretch : stretches) {
+    EXPECT_EQ(placeOf(stretch) - placeOf(stretches[0]), double(&stretch - stretches.data()));
     seconds += stretch.seconds;
     for (const auto& use : stretch.uses)
       usual += use.pid == 30 ? use.cpuSeconds : 0;
@@ -120,15 +126,16 @@ TEST(Moments, NameWhoUsedTheProcessors) {
 }
 
 TEST(Sources, AreReadByTheirHeaderWhereNobodyKnowsThem) {
-  const Fields header{"Time(usec)", "cpu0-thermal(degC)", "Fan(%)", "Current(mA)", "Odd)"};
+  const Fields header{"Time(usec)",  "cpu0-thermal(degC)", "Fan(%)",
+                      "Current(mA)", "clk_mean(MHz)",      "Odd)"};
   const auto source = sourceOf("battery", header);
   EXPECT_EQ(source.word, "battery");
   std::vector<std::string> columns;
   for (const auto& column : source.columns)
     columns.push_back(column.entity + "|" + column.metric + "|" + column.unit +
                       (column.meaning == Meaning::ofPeriod ? "|period" : ""));
-  EXPECT_THAT(columns,
-              ElementsAre("cpu0|cpu0-thermal|degC", "|Fan|%|period", "|Current|mA", "|Odd)|"));
+  EXPECT_THAT(columns, ElementsAre("cpu0|cpu0-thermal|degC", "|Fan|%|period", "|Current|mA",
+                                   "|clk_mean|MHz|period", "|Odd)|"));
 }
 
 }  // namespace
