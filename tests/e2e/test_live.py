@@ -36,7 +36,7 @@ def cells(*texts):
 )  # fmt: skip
 def test_rows(profiler, options, script, header, rows):
     """No source delivers more than its script has, but one that waits for the others' last."""
-    run = profiler.run_and_signal(f"{options} --live -t 60 -f x", signal.SIGINT, script,
+    run = profiler.run_and_signal(f"{options} --live -t 20 -f x", signal.SIGINT, script,
                                   at=(rows or ["Started all threads"])[-1])  # fmt: skip
     lines = run.out.split("\n")
     # Once by the main thread, once by the first hand-off, whichever comes first.
@@ -44,6 +44,13 @@ def test_rows(profiler, options, script, header, rows):
     width = len(header)
     shown = [line for line in lines if width and len(line) == width and line != header]
     assert [line for line in shown if line[-1].isdigit()] == rows
+
+
+def test_row_needs_a_new_sample_of_every_source(profiler):
+    script = "cpu 7\nmem await=2 4 3 1\nmem repeat=5 4 2 2\nmem signal=2 4 1 3\n"
+    run = profiler.run("-c -A 5 -o -G 1 --live -t 60 -f x", script)
+    rows = [line for line in run.out.split("\n") if re.fullmatch(r"( +\d+\.\d\d){2}", line)]
+    assert rows == [cells("7.00", "25.00")]
 
 
 def test_header_stands_once_without_live(profiler):
