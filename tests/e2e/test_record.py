@@ -244,6 +244,9 @@ def test_command_is_signalled_once(recorder, number, to_group, times):
     for count in range(1, times + 1):
         (os.killpg if to_group else os.kill)(process.pid, number)
         wait_until(lambda: got.exists() and len(got.read_text().splitlines()) >= count)
+    if number == signal.SIGINT:
+        rows = len(recorder.samples("mem"))
+        wait_until(lambda: len(recorder.samples("mem")) >= rows + 20)
     (recorder.folder / "enough").touch()
     assert recorder.profiler.finish(process).status == 7
     assert got.read_text() == f"{number:d}\n" * times
