@@ -17,6 +17,7 @@ BUILD = Path(os.environ["CORVANE_BUILD"])
 RUNNER = shlex.split(os.environ.get("CORVANE_RUNNER", ""))  # an emulator, for another processor
 PROGRAM = [*RUNNER, str(BUILD / "profiler_app")]
 CORVANE = [*RUNNER, str(BUILD / "corvane")]
+PATIENCE = int(os.environ.get("CORVANE_PATIENCE", "60"))  # seconds for what is awaited
 
 
 def corvane(*arguments, **options):
@@ -28,7 +29,7 @@ SCRIPTED_PROGRAM = [*RUNNER, str(BUILD / "scripted/profiler_app")] if STATIC els
 
 
 def wait_until(condition):
-    end = time.monotonic() + 60
+    end = time.monotonic() + PATIENCE
     while not condition():
         assert time.monotonic() < end
         time.sleep(0.005)
@@ -77,7 +78,7 @@ class Profiler:
 
     def finish(self, process):
         try:
-            out, err = process.communicate(timeout=60)
+            out, err = process.communicate(timeout=PATIENCE)
         except subprocess.TimeoutExpired:
             process.kill()
             raise
@@ -89,7 +90,7 @@ class Profiler:
     def run_and_signal(self, options, number, script="", at="Started all threads", **popen):
         """Sends the signal when the console shows the text."""
         process = self.start(options, script, **popen)
-        watchdog = threading.Timer(60, process.kill)
+        watchdog = threading.Timer(PATIENCE, process.kill)
         watchdog.start()
         seen = b""
         while at.encode() not in seen:
@@ -124,5 +125,8 @@ def somebody_else():
 
 
 def pytest_configure():
-    # What a test starts must be able to receive it, whatever the caller of the tests ignores.
+    # What a test starts must be able to receive these, whatever the caller of the tests ignores;
+    # to have a handler for one is not handed on.
     signal.signal(signal.SIGINT, signal.default_int_handler)
+    if signal.getsignal(signal.SIGHUP) == signal.SIG_IGN:
+        signal.signal(signal.SIGHUP, lambda *_: None)
