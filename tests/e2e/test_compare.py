@@ -2,27 +2,31 @@
 
 import json
 import random
+import re
 
 import pytest
 from conftest import corvane
-from made_runs import MEM, PROC, PROCMEM, text_of, write_run
+from made_runs import DISK, MEM, PROC, PROCMEM, text_of, write_run
 
 
 def make_run(folder, seed, samples=60, used=1000000, intruder=None, period=1):
-    """Memory around `used` KB, a steady process, and one that loads a core now and then."""
+    """Memory around `used` KB, a steady process, and one that loads a core now and then and reads; all
+    that it writes it writes at the end."""
     noise = random.Random(seed)
-    memory, usage, resident = [], [], []
+    memory, usage, resident, disks = [], [], [], []
     for number in range(1, samples + 1):
         now = int(used + noise.gauss(0, 10000))
         memory.append((number * period * 1e6, [(4000000, 4000000 - now, now, now / 40000, 0, 0, 0, 0.0)]))
-        processes = [(10, "steady", 20 + noise.gauss(0, 1), 5000)]
+        processes = [(10, "steady", 20 + noise.gauss(0, 1), 500 + seed % 3 * 40 + 10 * bool(intruder))]
         if intruder and number % 3 == 0:
             processes.append((20, intruder, 90.0, 8000))
         usage.append((number * period * 1e6, [(pid, name, 0.0, 0.0, 0.0, load)
                                               for pid, name, load, _ in processes]))
         resident.append((number * period * 1e6, [(pid, 1, name, 9999, pss, 9000, 100)
                                                  for pid, name, _, pss in processes]))
-    write_run(folder, mem=text_of(MEM, memory), proc=text_of(PROC, usage),
+        read, written = (1 << 18) * (5 if intruder else 4), (9 << 20) * (intruder is not None and number == samples)
+        disks.append((number * period * 1e6, [("sda", read * period, 0.0, written, 0.0)]))
+    write_run(folder, diskio=text_of(DISK, disks), mem=text_of(MEM, memory), proc=text_of(PROC, usage),
               procmem_=text_of(PROCMEM, resident))
     return folder
 
@@ -31,6 +35,11 @@ def compared(*arguments, status=0, **options):
     done = corvane("compare", *arguments, **options)
     assert done.returncode == status, done.stderr
     return done
+
+
+def compared_page(page, base, other):
+    compared(base, "--with", other, "--report", page)
+    return page.read_text()
 
 
 def figures(*arguments, **options):
@@ -45,7 +54,8 @@ USED = ("mem", "", "Used_Mem")
 def test_changes_are_named_and_nothing_else(tmp_path, runs):
     for number in range(runs):
         make_run(tmp_path / f"a{number}", number)
-    others = [make_run(tmp_path / f"b{number}", 90 + number, used=1040000, intruder="thief")
+    (tmp_path / "a.txt").touch()  # beside the runs
+    others = [make_run(tmp_path / f"b{number}", 89 + runs + number, used=1040000, intruder="thief")
               for number in range(runs)]
     found = figures("a*", "--with", *others, cwd=tmp_path)
     changed = {key[:2] if key[1] else key: one["verdict"] for key, one in found.items()
@@ -54,6 +64,7 @@ def test_changes_are_named_and_nothing_else(tmp_path, runs):
         USED: "worse",
         ("mem", "", "Available_Mem"): "worse",
         ("mem", "", "Mem_Usage"): "worse",
+        ("io", "sda"): "worse",
         ("proc", "thief"): "worse",
         ("procmem", "thief"): "worse",
     }
@@ -67,22 +78,34 @@ def test_changes_are_named_and_nothing_else(tmp_path, runs):
     assert found["proc", "steady", "CPU_Usage"]["verdict"] == "same"
 
 
+def test_one_run_that_went_wrong_does_not_decide(tmp_path):
+    base = [make_run(tmp_path / f"a{number}", number, used=2000000 if number == 4 else 1000000) for number in range(5)]
+    others = [make_run(tmp_path / f"b{number}", 90 + number) for number in range(5)]
+    assert figures(*base, "--with", *others)[USED]["base"] == pytest.approx(1000000, rel=0.01)
+
+
 def test_what_is_told(tmp_path):
-    base, other = make_run(tmp_path / "a", 1), make_run(tmp_path / "b", 2, used=1040000)
+    base, other = make_run(tmp_path / "a", 1), make_run(tmp_path / "b", 4, used=1040000)
     text = compared(base, "--with", other).stdout
     told_figures = [line.split()[1] for line in text.splitlines() if line.endswith("worse")]
     assert sorted(told_figures[:2]) == ["Mem_Usage", "Used_Mem"]  # the same change
     assert told_figures[2:] == ["Available_Mem"]  # a smaller one
-    assert text.endswith("3 worse, 0 better, 7 the same, 0 with too little to tell\n")
+    assert text.endswith("3 worse, 0 better, 9 the same, 0 with too little to tell\n")
     assert max(map(len, text.splitlines())) <= 80
+    for ends, told in (((r"mem Used_Mem +", r" +"), text),
+                       (('"Used_Mem","KB",', r"\.\d+,"), compared_page(tmp_path / "page.html", base, other))):
+        before, after = re.search(r"%s(\d+)%s(\d+)" % ends, told).groups()
+        assert int(before) == pytest.approx(1000000, rel=0.01) and int(after) == pytest.approx(1040000, rel=0.01)
+    assert " from 0 " in compared(base, "--with", make_run(tmp_path / "c", 3, intruder="thief")).stdout
+    compared(base, "--with", other, "--fail-if", "mem.Used_Mem.mean > +3%", "--fail-if", "mem.No.mean > +1%", status=1)
     everything = compared(base, "--with", other, "--all").stdout
     assert "proc steady" in everything and "proc steady" not in text
     assert figures(base, "--with", other, "--at-least", "5%")[USED]["verdict"] == "same"
     told = figures(base, "--with", other, "--more-is-better", "Used_Mem")
     assert told[USED]["verdict"] == "better"
-    compared(base, "--with", other, "--report", tmp_path / "page.html")
     page = (tmp_path / "page.html").read_text()
-    assert "What differs between base and new" in page and '"Used_Mem"' in page
+    assert "What differs between base and new" in page
+    assert '"label":"base a","side":0' in page and '"label":"new b","side":1' in page
     compared(base, "--with", other, "--report", tmp_path / "nowhere/page.html",
              status=2)
 
@@ -95,12 +118,17 @@ def test_too_little_is_no_verdict(tmp_path):
 
 
 def test_other_settings_are_said_first(tmp_path):
-    base, other = make_run(tmp_path / "a", 1), make_run(tmp_path / "b", 2, period=0.5)
-    for run, kernel in ((base, "6.1.0"), (other, "6.6.1")):
-        run.with_suffix(".run.json").write_text(json.dumps({"schema": 1, "host": {"kernel": kernel}}))
+    base, other, third = (make_run(tmp_path / f"{period}", 1, period=period) for period in (1, 0.5, 1.003))
+    for run, kernel in ((base, "6.1.0"), (other, "6.6.1"), (third, "6.1.0")):
+        (tmp_path / f"{run.name}.run.json").write_text(json.dumps({"schema": 1, "host": {"kernel": kernel}}))
     text = compared(base, "--with", other).stdout
     assert "kernel: 6.1.0 against 6.6.1\n" in text
     assert "period of mem: 1000 ms against 500 ms\n" in text
+    assert "same on both sides: kernel: 6.1.0 against 6.6.1." in compared_page(tmp_path / "page.html", base, other)
+    text = compared(base, other, "--with", third).stdout
+    assert "kernel: 6.1.0, 6.6.1 against 6.1.0\n" in text and " and 1 more\n" in text
+    # A period as it is measured wobbles.
+    assert "Not the same" not in compared(base, "--with", third).stdout
 
 
 @pytest.mark.parametrize("condition, status, said", [
@@ -110,6 +138,13 @@ def test_other_settings_are_said_first(tmp_path):
     ("mem.Used_Mem.mean > +50MB", 0, ""),
     ("mem.Available_Mem.min < -1%", 1, "holds"),
     ("process:thief.pss.max > +7MB", 1, "holds: 0 -> 8000"),
+    ("process:thief.pss.max > +7.9MB", 0, ""),
+    ("process:thief.pss.max > +8000KB", 0, ""),
+    ("process:thief.pss.growth > +1KB", 0, ""),
+    ("process:thief.cpu.mean > +5%", 1, "holds"),
+    ("disk.sda.read.mean > +200KB/s", 1, "holds"),
+    ("disk.sda.write.p95 > +1MB/s", 0, ""),
+    ("mem.Mem_Usage.mean > +1MB", 2, "no such figure"),
     ("process:thief.cpu.mean > +31points", 0, ""),
     ("process:thief.cpu.mean > +29points", 1, "holds"),
     ("process:teif.cpu.mean > +1%", 2, "did you mean process:thief.cpu?"),
@@ -122,5 +157,5 @@ def test_other_settings_are_said_first(tmp_path):
 def test_conditions(tmp_path, condition, status, said):
     base = make_run(tmp_path / "a", 1)
     other = make_run(tmp_path / "b", 2, used=1040000, intruder="thief")
-    done = compared(base, "--with", other, "--fail-if", condition, status=status)
+    done = compared(base, base, "--with", other, other, "--fail-if", condition, status=status)
     assert said in done.stderr and bool(said) == bool(done.stderr)

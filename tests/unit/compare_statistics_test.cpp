@@ -105,7 +105,8 @@ TEST(CompareStatistics, TheMeanOfCorrelatedSamplesIsKnownAsWellAsTheyAllow) {
                      {20000, 0.97, 0, 65.7 / 20000},
                      {9, 0, 0, 0},
                      {60, 0.97, 0, 0},
-                     {3600, 0, 0.01, 0}};
+                     {3600, 0, 0.01, 0},
+                     {3600, 0, 0.0005, 0}};
   for (const auto& one : cases) {
     const auto values = series(one.count, one.r, one.drift);
     const auto mean = meanByBatches(values);
@@ -115,6 +116,7 @@ TEST(CompareStatistics, TheMeanOfCorrelatedSamplesIsKnownAsWellAsTheyAllow) {
     EXPECT_LT(mean->variance, 1.9 * one.variance) << one.count << " " << one.r;
     EXPECT_GE(mean->freedom, 5) << one.count << " " << one.r;
   }
+  EXPECT_EQ(meanByBatches(Numbers(10, 5)).value_or(MeanEstimate{.variance = 1}).variance, 0);
 }
 
 }  // namespace
