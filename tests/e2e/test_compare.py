@@ -9,7 +9,7 @@ from conftest import corvane
 from made_runs import DISK, MEM, PROC, PROCMEM, text_of, write_run
 
 
-def make_run(folder, seed, samples=60, used=1000000, intruder=None, period=1):
+def make_run(folder, seed, samples=60, used=1000000, intruder=None, period=1, crowd=0):
     """Memory around `used` KB, a steady process, and one that loads a core now and then and reads; all
     that it writes it writes at the end."""
     noise = random.Random(seed)
@@ -18,6 +18,7 @@ def make_run(folder, seed, samples=60, used=1000000, intruder=None, period=1):
         now = int(used + noise.gauss(0, 10000))
         memory.append((number * period * 1e6, [(4000000, 4000000 - now, now, now / 40000, 0, 0, 0, 0.0)]))
         processes = [(10, "steady", 20 + noise.gauss(0, 1), 500 + seed % 3 * 40 + 10 * bool(intruder))]
+        processes += [(100 + pid, f"idle{pid}", 20 + noise.gauss(0, 1), 500) for pid in range(crowd)]
         if intruder and number % 3 == 0:
             processes.append((20, intruder, 90.0, 8000))
         usage.append((number * period * 1e6, [(pid, name, 0.0, 0.0, 0.0, load)
@@ -82,6 +83,19 @@ def test_one_run_that_went_wrong_does_not_decide(tmp_path):
     base = [make_run(tmp_path / f"a{number}", number, used=2000000 if number == 4 else 1000000) for number in range(5)]
     others = [make_run(tmp_path / f"b{number}", 90 + number) for number in range(5)]
     assert figures(*base, "--with", *others)[USED]["base"] == pytest.approx(1000000, rel=0.01)
+
+
+def test_many_processes_do_not_hide_the_memory(tmp_path):
+    base, other = (make_run(tmp_path / name, seed, used=used, crowd=100)
+                   for name, seed, used in (("a", 0, 1000000), ("b", 3, 1005000)))
+    found = figures(base, "--with", other, "--at-least", 0)
+    assert 0.002 < found[USED]["p"] < 0.02 and found[USED]["verdict"] == "worse"
+
+
+def test_a_process_that_comes_and_goes_in_a_long_run_is_not_certain(tmp_path):
+    base, other = make_run(tmp_path / "a", 0, samples=600), make_run(tmp_path / "b", 3, samples=600, intruder="thief")
+    thief = figures(base, "--with", other)["proc", "thief", "CPU_Usage"]
+    assert thief["new"] == pytest.approx(30) and thief["low"] < 29.9 < 30.1 < thief["high"]
 
 
 def test_what_is_told(tmp_path):
