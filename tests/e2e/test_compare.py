@@ -77,6 +77,7 @@ def test_changes_are_named_and_nothing_else(tmp_path, runs):
     assert found["proc", "thief", "CPU_Usage"]["new"] == pytest.approx(30)
     assert found["proc", "thief", "CPU_Usage"]["percent"] is None
     assert found["proc", "steady", "CPU_Usage"]["verdict"] == "same"
+    assert (found["procmem", "steady", "PSS"]["p"] > 0.1) == (runs > 1)  # each run has another size
 
 
 def test_one_run_that_went_wrong_does_not_decide(tmp_path):
