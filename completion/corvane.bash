@@ -11,7 +11,9 @@ _corvane() {
       ;;
     --only | --without | --every)
       words="cpu gpu adsp cdsp ddr mem proc io procmem net thermal freq power pressure"
-      mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
+      # Of a list, the last word is completed.
+      local list=${word%"${word##*,}"}
+      mapfile -t COMPREPLY < <(compgen -P "$list" -W "$words" -- "${word##*,}")
       return
       ;;
     --profiler)

@@ -129,7 +129,9 @@ CLI::Option* addList(CLI::App& command, const char* name, std::vector<std::strin
 
 void addRecord(CLI::App& app, RecordOptions& options, Chosen& chosen) {
   auto* const command = app.add_subcommand(
-      "record", "Record a command, or this machine until Ctrl-C or for a time: -- COMMAND ...");
+      "record",
+      "Record a command, or this machine until Ctrl-C or for a time: -- COMMAND ... "
+      "Returns up to one period (--every) after the command.");
   const auto option = [&](const char* name, auto& value, const char* type, const char* text) {
     command->add_option(name, value, text)->type_name(type);
   };
@@ -152,6 +154,9 @@ void addRecord(CLI::App& app, RecordOptions& options, Chosen& chosen) {
          "The profiler; the one beside this program unless given");
   option("--mark", options.mark, "TEXT",
          "Record nothing, but put a mark into the recording that goes on");
+  for (const auto* name :
+       {"--for", "--only", "--without", "--every", "--label", "--json", "--csv", "--report"})
+    command->get_option("--mark")->excludes(command->get_option(name));
   command->callback([&] { chosen.run = [&] { return record(options); }; });
 }
 
@@ -210,7 +215,8 @@ int explain(const CLI::App& app, const CLI::ParseError& error) {
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
-  CLI::App app("Reads the run folders of the profiler.", "corvane");
+  CLI::App app("Records runs by the profiler, and reads the run folders that it leaves.",
+               "corvane");
   app.set_version_flag("--version", "corvane " CORVANE_VERSION);
   app.require_subcommand(1);
   Chosen chosen;

@@ -1,8 +1,10 @@
 #include "record.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <memory>
 #include <system_error>
+#include <unistd.h>
 
 #include "ask_machine.h"
 #include "clocks.h"
@@ -17,17 +19,18 @@
 
 namespace {
 
-/// The sources that are recorded: of those asked for, the ones that are here. What is named is
-/// recorded in any case, since a library may only answer later.
+/// The sources that are recorded: of those asked for, the ones that are here. One that is named is
+/// recorded even so where the library crashed or hung over the question, since it may answer later.
 std::vector<SourceState> chooseSources(const Plan& plan, const MachineSources& machine,
                                        runs::Metadata& metadata) {
-  if (!machine.failure.empty()) throw Refusal(machine.failure, Status::profilerFailed);
+  if (!machine.failure.empty())
+    throw Refusal(plan.profiler.string() + ": " + machine.failure, Status::profilerFailed);
   std::vector<SourceState> chosen;
   for (const auto& source : machine.sources) {
     if (!source.there) {
       metadata.missing.push_back({.source = source.word, .reason = source.said});
       if (plan.sourcesNamed) message(source.word + " is not here: " + source.said);
-      if (!plan.sourcesNamed) continue;
+      if (!plan.sourcesNamed || source.answered) continue;
     }
     metadata.sources.push_back(
         {.source = source.word, .milliseconds = int(plan.periodOf(source.word).count())});
@@ -63,6 +66,13 @@ std::vector<std::string> profilerArguments(const Plan& plan, const RecordOptions
     arguments.push_back(std::to_string(plan.periodOf(source.word).count()));
   }
   return arguments;
+}
+
+/// A descriptor that the caller has closed would become a file of the recording. The command gets
+/// it closed, as it was.
+void occupyClosedDescriptors() {
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (::fcntl(fd, F_GETFD) < 0) ::open("/dev/null", O_RDWR | O_CLOEXEC);
 }
 
 int recordRun(const RecordOptions& options) {
@@ -102,7 +112,11 @@ int recordRun(const RecordOptions& options) {
 }  // namespace
 
 int record(const RecordOptions& options) {
+  occupyClosedDescriptors();
   try {
+    if (options.mark && options.mark->empty()) throw Refusal("--mark: the text is empty");
+    if (options.mark && options.command)
+      throw Refusal("--mark: records nothing, so that there is no command to stand after --");
     if (options.mark) return markRecording(options.output, options.name, *options.mark);
     return recordRun(options);
   } catch (const Refusal& refusal) {

@@ -34,7 +34,7 @@ GaugeFile::GaugeFile(std::unique_ptr<Gauge> gauge, int folder, const std::string
       fd_(::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                    0666)),
       values_(gauge_->columns().size()) {
-  if (fd_ < 0) message(name_ + ": " + std::strerror(errno));
+  if (fd_ < 0) giveUp(std::string(": ") + std::strerror(errno));
   line_.append(leastWidth - 10, ' ').append("Time(usec)");
   for (std::size_t i = 0; i < values_.size(); ++i)
     addField(gauge_->columns()[i], i);
@@ -43,6 +43,11 @@ GaugeFile::GaugeFile(std::unique_ptr<Gauge> gauge, int folder, const std::string
 
 GaugeFile::~GaugeFile() {
   if (fd_ >= 0) ::close(fd_);
+}
+
+void GaugeFile::giveUp(const std::string& reason) {
+  fault_ = name_ + reason;
+  message(fault_);
 }
 
 void GaugeFile::addField(std::string_view text, std::size_t column) {
@@ -74,8 +79,8 @@ void GaugeFile::write() {
     const auto count = ::write(fd_, left.data(), left.size());
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) {
-      message(name_ + ": " + std::strerror(count < 0 ? errno : EIO) +
-              "; it keeps what was written and takes no more");
+      giveUp(std::string(": ") + std::strerror(count < 0 ? errno : EIO) +
+             "; it keeps what was written and takes no more");
       [[maybe_unused]] const int cut = ::ftruncate(fd_, off_t(written_));
       ::close(fd_);
       fd_ = -1;

@@ -22,12 +22,15 @@ class GaugeFile {
   GaugeFile& operator=(const GaugeFile&) = delete;
 
   Time due() const { return due_; }
+  /// Why it takes no more; empty while it does.
+  const std::string& fault() const { return fault_; }
   /// Takes the sample that is due and skips those that were missed.
   void sample();
 
  private:
   void addField(std::string_view text, std::size_t column);
   void write();
+  void giveUp(const std::string& reason);
 
   std::unique_ptr<Gauge> gauge_;
   std::string name_;
@@ -35,6 +38,6 @@ class GaugeFile {
   Time due_;
   int fd_ = -1;
   std::size_t written_ = 0;  ///< bytes of the file, all complete lines
-  std::string line_;
+  std::string line_, fault_;
   std::vector<double> values_;
 };

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -21,6 +22,18 @@ int errorOfStart(int pipe) {
   while ((got = ::read(pipe, &error, sizeof error)) < 0 && errno == EINTR) {
   }
   return got == sizeof error ? error : 0;
+}
+
+/// Whether it begins as a program for a processor does, be it this one or another.
+bool isBinary(const char* executable) {
+  std::array<char, 4> magic{};
+  const int fd = ::open(executable, O_RDONLY | O_CLOEXEC);
+  const bool whole = ::read(fd, magic.data(), magic.size()) == ssize_t(magic.size());
+  ::close(fd);
+  return whole && std::memcmp(magic.data(),
+                              "\x7f"
+                              "ELF",
+                              magic.size()) == 0;
 }
 
 }  // namespace
@@ -44,13 +57,16 @@ Child Child::start(const std::string& executable, const std::vector<std::string>
   for (const auto& argument : arguments)
     argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
+  const auto path = executable.find('/') == executable.npos ? "./" + executable : executable;
   auto child = fork([&] {
     prepare();
-    // Also for a script without a line that names its shell.
-    ::execvp(
-        executable.find('/') == executable.npos ? ("./" + executable).c_str() : executable.c_str(),
-        argv.data());
-    const int error = errno;
+    ::execv(path.c_str(), argv.data());
+    int error = errno;
+    if (error == ENOEXEC && !isBinary(path.c_str())) {
+      // A script without a line that names its shell.
+      ::execvp(path.c_str(), argv.data());
+      error = errno;
+    }
     [[maybe_unused]] const auto written = ::write(pipe[1], &error, sizeof error);
     return 127;
   });

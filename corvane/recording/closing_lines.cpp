@@ -27,14 +27,18 @@ std::string length(const runs::RunSummary& run) {
 
 std::string busiest(const runs::RunSummary& run) {
   constexpr std::size_t most = 3;
+  constexpr double least = 0.05;  // s, what is not shown as 0.0
+  bool measured = false;
   std::string text;
   for (const auto& process : run.processes) {
-    if (process.cpu.count == 0) continue;
+    measured = measured || process.cpu.count > 0;
+    if (process.cpu.count == 0 || process.cpuSeconds < least) continue;
     text += (text.empty() ? "" : ", ") + process.name + " [" + std::to_string(process.pid) + "] " +
             seconds(process.cpuSeconds);
     if (std::size_t(std::ranges::count(text, '[')) == most) break;
   }
-  return text.empty() ? "no process was measured" : "most processor time: " + text;
+  if (!measured) return "no process was measured";
+  return text.empty() ? "no process used 0.1 s of processor time" : "most processor time: " + text;
 }
 
 /// Whether nobody wants to wait any longer.

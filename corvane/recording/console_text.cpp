@@ -1,6 +1,7 @@
 #include "console_text.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <sstream>
 
 std::vector<std::string> noticesIn(const std::string& console) {
@@ -13,6 +14,22 @@ std::vector<std::string> noticesIn(const std::string& console) {
     if (std::ranges::find(notices, line) == notices.end()) notices.push_back(line);
   }
   return notices;
+}
+
+std::optional<UnwrittenFile> unwrittenFile(const std::string& notice) {
+  constexpr std::string_view conversion = " cannot be written";
+  for (const std::string_view ending :
+       {"; it keeps what was written and takes no more", "; it is incomplete"}) {
+    if (!notice.ends_with(ending)) continue;
+    const auto text = notice.substr(0, notice.size() - ending.size());
+    const auto colon = text.rfind(": ");
+    if (colon == text.npos) continue;
+    auto path = text.substr(0, colon);
+    if (path.ends_with(conversion)) path.resize(path.size() - conversion.size());
+    return UnwrittenFile{.file = std::filesystem::path(path).filename().string(),
+                         .reason = text.substr(colon + 2)};
+  }
+  return {};
 }
 
 std::vector<std::string> lastLines(const std::string& console, std::size_t most) {

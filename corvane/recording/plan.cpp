@@ -32,6 +32,7 @@ std::vector<std::string> splitAtCommas(const std::vector<std::string>& lists) {
 
 std::string checkedSource(const std::string& option, const std::string& word) {
   const auto sources = allSources();
+  if (word.empty()) throw Refusal(option + ": a source is missing, beside a comma or altogether");
   if (std::ranges::find(sources, word) == sources.end())
     throw Refusal(option + ": there is no source '" + word + "'" + suggestion(word, sources));
   return word;
@@ -88,8 +89,12 @@ void takeLabels(const RecordOptions& options, Plan& plan) {
 void takeName(const RecordOptions& options, Plan& plan) {
   plan.name = options.name;
   if (!plan.name) return;
+  if (plan.name->size() > longestName) {
+    throw Refusal("--name: too long, " + std::to_string(plan.name->size()) + " bytes of at most " +
+                  std::to_string(longestName));
+  }
   if (plan.name->empty() || plan.name->find('/') != std::string::npos || *plan.name == "." ||
-      *plan.name == ".." || plan.name->size() > longestName)
+      *plan.name == "..")
     throw Refusal("--name: '" + *plan.name + "' cannot be the name of a folder");
 }
 
@@ -98,23 +103,24 @@ bool isProgram(const fs::path& path) {
   return fs::is_regular_file(path, error) && ::access(path.c_str(), X_OK) == 0;
 }
 
-/// Where the shell would find the command.
+/// Where the shell would find the command; its statuses where it would not start it.
 std::string findCommand(const std::string& word) {
-  constexpr int notFound = 127;
-  const auto refuse = [&] { return Refusal(word + ": there is no such command", notFound); };
+  constexpr int cannotStart = 126, notFound = 127;
+  std::error_code error;
   if (word.find('/') != word.npos) {
-    if (!isProgram(word)) throw refuse();
-    return word;
+    if (isProgram(word)) return word;
+    if (fs::is_directory(word, error)) throw Refusal(word + ": is a folder", cannotStart);
+    if (fs::exists(word, error)) throw Refusal(word + ": may not be executed", cannotStart);
   }
   const char* const value = std::getenv("PATH");
   const std::string folders = value != nullptr ? value : "/usr/bin:/bin";
-  for (std::size_t at = 0; at <= folders.size() && !word.empty();) {
+  for (std::size_t at = 0; at <= folders.size() && word.find('/') == word.npos && !word.empty();) {
     const auto end = std::min(folders.find(':', at), folders.size());
     const auto path = fs::path(end == at ? "." : folders.substr(at, end - at)) / word;
     if (isProgram(path)) return path;
     at = end + 1;
   }
-  throw refuse();
+  throw Refusal(word + ": there is no such command", notFound);
 }
 
 }  // namespace
@@ -151,7 +157,7 @@ milliseconds parseDuration(const std::string& option, const std::string& text) {
   const auto unit = digits == text.npos ? "" : text.substr(digits);
   char* end = nullptr;
   const double value = std::strtod(number.c_str(), &end);
-  if (number.empty() || *end != '\0')
+  if (number.empty() || *end != '\0' || unit.find_first_of("0123456789.") != unit.npos)
     throw Refusal(option + ": '" + text + "' is no time; write it as 90s, 10m, 2h or 500ms");
   for (const auto& known : units) {
     if (unit != known.unit) continue;

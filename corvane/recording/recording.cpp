@@ -112,7 +112,7 @@ void Recording::startCommand() {
     command.pid = command_.pid();
   } catch (const std::system_error& error) {
     message(plan_.command.front() + ": " + error.code().message());
-    command.ending.status = 127;
+    command.ending.status = error.code() == std::errc::no_such_file_or_directory ? 127 : 126;
     command.end = command.start;
     askToStop(Clock::now());
   }
@@ -280,16 +280,34 @@ void Recording::dropConversions() const {
     if (name.ends_with("_" + place_.suffix() + ".csv")) ::unlinkat(place_.run(), name.c_str(), 0);
 }
 
+/// What the library could not measure, and what the profiler could not write: of that, one line.
+void Recording::noteWhatWasSaid() {
+  std::string files, reason;
+  for (auto& notice : noticesIn(place_.logText())) {
+    const auto unwritten = unwrittenFile(notice);
+    if (unwritten) {
+      files += (files.empty() ? "" : ", ") + unwritten->file;
+      reason = unwritten->reason;
+      metadata_.faults.push_back(std::move(notice));
+    } else {
+      metadata_.notices.push_back(std::move(notice));
+    }
+  }
+  if (!files.empty()) message("not written to the end: " + files + ": " + reason);
+}
+
 void Recording::complete() {
   noteCommandEnd();
   group_.reset();
+  for (const auto& gauge : gauges_)
+    if (!gauge->fault().empty()) metadata_.faults.push_back(gauge->fault());
   gauges_.clear();
   if (!metadata_.end) metadata_.end = instantNow();
   if (!failed_) metadata_.profiler.version = programVersion(plan_.profiler);
   if (skipAsked_ && profiler_.ending().signal && place_.run() >= 0) dropConversions();
-  for (auto& notice : noticesIn(place_.logText()))
-    metadata_.notices.push_back(std::move(notice));
-  if (place_.base() < 0) return;
+  noteWhatWasSaid();
+  place_.endLog();
+  if (place_.run() < 0) return;
   changeMetadata(place_.base(), place_.suffix(), [&](auto& stored) {
     if (stored) metadata_.marks = stored->marks;
     stored = metadata_;

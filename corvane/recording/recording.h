@@ -47,6 +47,7 @@ class Recording {
   void dropConversions() const;
   bool consoleShows(std::string_view text);
   bool goesOn();
+  void noteWhatWasSaid();
   void complete();
 
   const Plan& plan_;

@@ -74,7 +74,18 @@ RunPlace::RunPlace(const fs::path& output, const std::optional<std::string>& nam
   };
   if (!output_) throw refuse(output);
   base_ = openFolder(output_.get(), baseName);
-  if (!base_ && errno != ENOENT) throw refuse(output / baseName);
+  if (!base_) {
+    const int error = errno;
+    std::error_code none;
+    const auto path = output / baseName;
+    if (fs::is_symlink(path, none)) {
+      throw Refusal(path.string() + (fs::exists(path, none)
+                                         ? ": a link of somebody else, which is not followed"
+                                         : ": a link to what is not there"));
+    }
+    errno = error;
+    if (error != ENOENT) throw refuse(path);
+  }
   if (name) {
     if (!take(*name)) {
       throw Refusal("there is a run of the name " + *name + " in " + (output / baseName).string() +
@@ -102,7 +113,24 @@ bool RunPlace::take(const std::string& suffix) {
   }
   lock_ = Handle(::openat(folder, logName().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   if (lock_) ::flock(lock_.get(), LOCK_EX | LOCK_NB);
+  keepRoom();
   return true;
+}
+
+/// Room for the console and then the metadata, so that a disk that gets full is told of.
+void RunPlace::keepRoom() {
+  constexpr off_t room = 64 << 10;
+  if (::fallocate(log_.get(), FALLOC_FL_KEEP_SIZE, 0, room) == 0 || errno != ENOSPC) return;
+  const Refusal refusal((base_ ? outputPath_ / baseName : outputPath_).string() + ": " +
+                        std::strerror(errno));
+  ::unlinkat(base_ ? base() : output(), logName().c_str(), 0);
+  throw refusal;
+}
+
+void RunPlace::endLog() const {
+  struct stat info{};
+  if (::fstat(log_.get(), &info) == 0) [[maybe_unused]]
+    const int cut = ::ftruncate(log_.get(), info.st_size);
 }
 
 RunPlace::~RunPlace() {

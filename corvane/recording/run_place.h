@@ -52,11 +52,14 @@ class RunPlace {
   /// Once the profiler has made its folders: opens them and puts the console beside the run's.
   /// False where the run folder is not there.
   bool settle();
+  /// The console takes no more: gives back the room that was kept for it.
+  void endLog() const;
   /// The console from this byte on, at most a few megabytes of its end.
   std::string logText(std::size_t from = 0) const;
 
  private:
   bool take(const std::string& suffix);
+  void keepRoom();
   std::string logName() const;
 
   std::filesystem::path outputPath_;

@@ -5,6 +5,7 @@ import json
 import os
 import pty
 import re
+import resource
 import signal
 import subprocess
 import termios
@@ -113,7 +114,7 @@ WORDS = {"-a": "adsp", "-c": "cpu", "-d": "cdsp", "-g": "gpu", "-i": "io", "-n":
          "-p": "proc", "-u": "procmem"}  # fmt: skip
 
 
-@pytest.mark.parametrize("source", set(CASES) - {"disk_without_period"})
+@pytest.mark.parametrize("source", set(CASES) - {"disk_without_period", "cpu_without_cores", "cdsp_absent"})
 def test_result_file(recorder, source):
     def record(options, script):
         option, _, period, _, seconds = options.split()
@@ -133,7 +134,7 @@ def test_for_a_time(recorder):
     lines = run.err.splitlines()
     assert lines[0] == "corvane: recorded Results_corvane/x"
     assert lines[1].endswith(" samples of 2 sources")
-    assert lines[2:] == ["corvane: most processor time: a [7] 0.0 s"]
+    assert lines[2:] == ["corvane: no process used 0.1 s of processor time"]
     metadata = recorder.metadata()
     assert metadata["sources"] == [{"source": word, "period_ms": 100} for word in ("mem", "proc")]
     assert metadata["labels"] == {"a": "b=c", "d": ""}
@@ -163,11 +164,16 @@ def test_half_a_second_is_a_time_too(recorder):
 MISTAKES = [
     ("--only cpuu", "--only: there is no source 'cpuu'; did you mean cpu?"),
     ("--without ddr,prok", "--without: there is no source 'prok'; did you mean proc?"),
+    ("--only cpu,,mem", "--only: a source is missing, beside a comma or altogether"),
+    ("--without foo", "--without: there is no source 'foo'"),
+    ("--without pcu", "--without: there is no source 'pcu'; did you mean cpu?"),
+    ("--only gpu", "none of the sources is here; see corvane sources"),
     ("--only cpu --without cpu", "--without: no source is left to record"),
     ("--for abc", "--for: 'abc' is no time; write it as 90s, 10m, 2h or 500ms"),
     ("--for 90", "--for: '90' has no unit; did you mean 90s?"),
     ("--every 100", "--every: '100' has no unit; did you mean 100ms?"),
     ("--for 3d", "--for: 'd' is no unit of time; write it as 90s, 10m, 2h or 500ms"),
+    ("--for 1e9h", "--for: '1e9h' is no time; write it as 90s, 10m, 2h or 500ms"),
     ("--for 0s", "--for: '0s' is less than a millisecond"),
     ("--for 100ms", "--for: shorter than the period of cpu, it would have no sample"),
     ("--every abc=1s", "--every: there is no source 'abc'"),
@@ -176,10 +182,14 @@ MISTAKES = [
     ("--every 9999h", "--every: 9999h is too long"),
     ("--label nonsense", "--label: 'nonsense' is not KEY=VALUE"),
     ("--name a/b", "--name: 'a/b' cannot be the name of a folder"),
+    ("--name " + 201 * "n", "--name: too long, 201 bytes of at most 200"),
     ("--nmae x", "unknown --nmae; did you mean --name?"),
     ("make", "unknown make; a command to record stands after --"),
     ("-o nowhere", "nowhere: No such file or directory"),
     ("--profiler nothing", "nothing: there is no such profiler"),
+    ("--mark=", "--mark: 1 required TEXT missing"),
+    ("--mark a --for 3s", "--for excludes --mark"),
+    ("--mark a -- true", "--mark: records nothing, so that there is no command to stand after --"),
     ("--mark hello", "nothing is being recorded in ."),
     ("--", "there is no command after --"),
 ]
@@ -188,8 +198,9 @@ MISTAKES = [
 @pytest.mark.parametrize("options, line", MISTAKES)
 def test_mistake_is_one_line_and_nothing_is_made(recorder, options, line):
     run = recorder.run(options)
-    assert (run.status, run.out, run.err) == (2, "", f"corvane: {line}\n")
-    assert os.listdir(recorder.folder) == ["script"]
+    said = re.sub("corvane: gpu is not here: .*\n", "", run.err)
+    assert (run.status, run.out, said) == (2, "", f"corvane: {line}\n")
+    assert set(os.listdir(recorder.folder)) - {"calls"} == {"script"}
 
 
 def test_what_stands_in_the_way(recorder, somebody_else):
@@ -198,8 +209,20 @@ def test_what_stands_in_the_way(recorder, somebody_else):
     assert run.err.startswith("corvane: there is a run of the name x in ") and run.status == 2
     (recorder.path("by_hand")).mkdir()
     assert recorder.run("--only mem --name by_hand", ["true"]).status == 2
-    run = recorder.run("--only mem", ["no-such-command"])
-    assert (run.status, run.err) == (127, "corvane: no-such-command: there is no such command\n")
+    for mode, name in (0o644, "noexec"), (0o755, "foreign"):
+        (recorder.folder / name).write_bytes(b"\x7fELF of no machine\nexit 5\n")
+        (recorder.folder / name).chmod(mode)
+    for command, status, said in [("no-such-command", 127, "there is no such command"), ("/tmp", 126, "is a folder"),
+                                  ("./noexec", 126, "may not be executed"), ("./foreign", 126, "Exec format error")]:  # fmt: skip
+        run = recorder.run("--only mem --every 9ms -q", [command])
+        assert (run.status, run.err) == (status, f"corvane: {command}: {said}\n")
+    for place, owner in ("dangling", os.geteuid()), ("foreign_link", 12345):
+        (recorder.folder / place).mkdir()
+        link = recorder.folder / place / "Results_corvane"
+        link.symlink_to("nowhere" if place == "dangling" else "..")
+        os.chown(link, owner, owner, follow_symlinks=False)
+        run = recorder.run(f"--only mem -o {place}")
+        assert (run.status, run.err.startswith(f"corvane: {place}/Results_corvane: a link ")) == (2, True)
     recorder.folder.chmod(0o555)
     recorder.path("").rename(recorder.folder / "away")
     closed = somebody_else | {"program": CORVANE}
@@ -296,6 +319,24 @@ def test_second_signal_leaves_out_the_conversions(recorder):
     assert sorted(os.listdir(folder)) == ["cpuprofiler_earlier.txt", "cpuprofiler_x.txt"]
 
 
+def test_full_disk_is_told(recorder):
+    full = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (8000, 8000))  # noqa: E731
+    run = recorder.run("--only cpu --every 1ms --for 1s --name x --csv -q", preexec_fn=full,
+                       script="cpu repeat=99999 1\n", env={"CORVANE_CALLS": "/dev/null"})  # fmt: skip
+    told = "not written to the end: cpuprofiler_x.txt: File too large"
+    assert (run.status, run.err) == (0, f"corvane: {told}\n")
+    assert len(recorder.metadata()["faults"]) == 1 and recorder.metadata()["end"]
+
+
+@pytest.mark.parametrize("closed", [(0,), (1,), (2,), (0, 1, 2)])
+def test_closed_descriptors_stay_closed(recorder, closed):
+    """For the command; of the recording they never become files."""
+    look = ["sh", "-c", "for fd in 0 1 2; do [ -e /proc/$$/fd/$fd ] || : > closed$fd; done"]
+    run = recorder.run("--only cpu --every 9ms --name x", look, preexec_fn=lambda: [os.close(fd) for fd in closed])
+    assert run.status == 0 and recorder.metadata()["end"]
+    assert sorted(path.name for path in recorder.folder.glob("closed*")) == [f"closed{fd}" for fd in closed]
+
+
 PROFILERS = {
     "dies at once": ("echo what is wrong; exit 4", "could not start the run", "what is wrong"),
     "is killed": ("mkdir -p Results_corvane/x; echo Started all threads; echo sampling; kill -KILL $$",
@@ -313,12 +354,16 @@ def test_profiler_that_fails(recorder, how):
     program = recorder.folder / "fails"
     program.write_text("#!/bin/sh\n[ $1 != --version ] || exit\n" + script + "\n")
     program.chmod(0o755)
+    recorder.path("earlier").mkdir(parents=True)
     run = recorder.run(f"--profiler {program} --only cpu --every 100ms --name x -q", ["sleep", "0.3"],
                        env={"LD_LIBRARY_PATH": str(BUILD / "scripted")})  # fmt: skip
     assert run.status == 3
     assert reason in run.err.splitlines()[0]
     assert run.err.splitlines()[-1] == "corvane:   " + last_line
-    assert how == "dies at once" or recorder.metadata()["faults"]
+    if how == "dies at once":
+        assert sorted(os.listdir(recorder.path(""))) == ["earlier"]
+    else:
+        assert recorder.metadata()["faults"]
 
 
 def test_hostile_words_give_valid_json(recorder):
