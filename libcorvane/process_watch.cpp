@@ -77,6 +77,8 @@ Sight ProcessWatch::readStat(Process& process, Source source) {
   process.startTicks = stat->startTicks;
   process.userTicks = stat->userTicks;
   process.systemTicks = stat->systemTicks;
+  const bool lostMemory = process.virtualBytes != 0 && stat->virtualBytes == 0;
+  process.hasEnded = !started && (process.hasEnded || lostMemory);
   process.virtualBytes = stat->virtualBytes;
   process.usedAtStat = process.cpu.used;
   process.statAt = process.cpu.at;
@@ -88,6 +90,8 @@ Sight ProcessWatch::readStat(Process& process, Source source) {
 }
 
 void ProcessWatch::readName(Process& process, const ProcessStat& stat) {
+  process.nameMayDiffer = false;
+  if (process.hasEnded) return;       // and stays who it was: what the kernel calls it says less
   const std::string comm(stat.comm);  // the next read takes the buffer
   const bool hasArguments = stat.virtualBytes != 0;
   const auto cmdline = hasArguments ? folder_.read(process.pid, "cmdline") : "";

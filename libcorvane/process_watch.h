@@ -32,6 +32,7 @@ struct Process {
   SteadyTime nameDue;            ///< when the name is to be read again, if it may differ
   std::uint32_t commHash = 0;
   bool nameMayDiffer = false;  ///< it has run since, or had no arguments then
+  bool hasEnded = false;       ///< its memory is gone and its arguments with it: a zombie
 };
 
 enum class Sight {
