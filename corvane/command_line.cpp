@@ -2,12 +2,15 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <functional>
+#include <limits>
 
 #include "compare.h"
 #include "convert.h"
 #include "message.h"
+#include "numbers.h"
 #include "record.h"
 #include "report.h"
 #include "show.h"
@@ -22,11 +25,24 @@ struct Chosen {
   std::function<int()> run;
 };
 
+/// Refuses what is no number of the kind that is asked for, `what` it is, in one line.
+CLI::Validator numberCheck(const char* what, double least) {
+  const auto check = [what, least](const std::string& text) -> std::string {
+    const auto number = toDouble(text);
+    if (number && std::isfinite(*number) && *number >= least) return {};
+    return "'" + text + "' is no " + what;
+  };
+  return {check, "", ""};
+}
+
 void addSelection(CLI::App& app, RunChoice& choice) {
+  const auto seconds = numberCheck("number of seconds", std::numeric_limits<double>::lowest());
   app.add_option("--from", choice.from, "Leave out what was before this second of the run")
-      ->type_name("S");
+      ->type_name("S")
+      ->check(seconds);
   app.add_option("--to", choice.to, "Leave out what was after this second of the run")
-      ->type_name("S");
+      ->type_name("S")
+      ->check(seconds);
   app.add_option("--process", choice.processes,
                  "Only processes of this name (a shell pattern) or PID; may be repeated")
       ->type_name("NAME|PID")
@@ -94,7 +110,8 @@ void addTrace(CLI::App& app, TraceOptions& options, Chosen& chosen) {
       ->required();
   command->add_flag("--all", options.all, "Keep tracks that are zero throughout");
   command->add_option("--max-mb", options.maxMb, "Widen the step until the trace is below N MB")
-      ->type_name("N");
+      ->type_name("N")
+      ->check(numberCheck("size above 0 MB", std::numeric_limits<double>::min()));
   command->callback([&] { chosen.run = [&] { return trace(options); }; });
 }
 

@@ -8,6 +8,7 @@
 #include "new_file.h"
 #include "run_choice.h"
 #include "run_folder.h"
+#include "standard_output.h"
 #include "summary.h"
 #include "toCsv.h"
 #include "toJson.h"
@@ -64,7 +65,9 @@ int convertIn(const std::string& path, const ConvertOptions& options) {
     if (options.summary) parseSummaryFiles(listRunFolder(folder));
   }
   if (options.summary) printSummary();
-  return std::cout.flush() ? Status::done : Status::wrongUse;
+  // It goes on to C's stream.
+  std::cout.flush();
+  return putOut("") ? Status::done : Status::wrongUse;
 }
 
 }  // namespace

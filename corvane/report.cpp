@@ -1,10 +1,9 @@
 #include "report.h"
 
-#include <cstdio>
-
 #include "message.h"
 #include "new_file.h"
 #include "page/report_page.h"
+#include "standard_output.h"
 
 namespace {
 
@@ -28,6 +27,5 @@ int report(const ReportOptions& options) {
   }
   page.finish();
   if (!file.commit()) return Status::wrongUse;
-  if (options.output.empty()) std::puts(path.c_str());
-  return Status::done;
+  return options.output.empty() && !putOut(path + "\n") ? Status::wrongUse : Status::done;
 }

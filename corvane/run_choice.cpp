@@ -1,5 +1,7 @@
 #include "run_choice.h"
 
+#include <cstdio>
+
 #include "message.h"
 #include "progress.h"
 #include "run_files.h"
@@ -34,8 +36,15 @@ std::optional<runs::RunSummary> readChosen(const std::filesystem::path& folder,
   for (const auto& note : run.notes)
     message(note);
   if (!run.empty()) return run;
-  message("nothing could be read from " + folder.string());
+  tellEmpty(folder, run.end);
   return std::nullopt;
+}
+
+void tellEmpty(const std::filesystem::path& folder, double end) {
+  char text[64];
+  std::snprintf(text, sizeof text, " ends at %.1f s", end);
+  message(end < 0 ? "nothing could be read from " + folder.string()
+                  : "no sample lies between --from and --to: " + folder.string() + text);
 }
 
 std::string labelOf(const std::filesystem::path& folder) {

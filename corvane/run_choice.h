@@ -26,5 +26,8 @@ std::filesystem::path chosenRun(const std::string& run);
 std::optional<runs::RunSummary> readChosen(const std::filesystem::path& folder,
                                            const RunChoice& choice, const runs::Detail& detail);
 
+/// Says why nothing of a run is meant; `end` is where it ends, negative where it holds nothing.
+void tellEmpty(const std::filesystem::path& folder, double end);
+
 /// What a run is called: the last part of its folder's path.
 std::string labelOf(const std::filesystem::path& folder);

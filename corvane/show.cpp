@@ -1,12 +1,12 @@
 #include "show.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
 
 #include "message.h"
 #include "show_json.h"
 #include "show_text.h"
+#include "standard_output.h"
 
 int show(const ShowOptions& options) {
   const auto folder = chosenRun(options.choice.run);
@@ -15,6 +15,5 @@ int show(const ShowOptions& options) {
   if (!run) return Status::wrongUse;
   const bool colour = ::isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr;
   const auto text = options.json ? showJson(*run) : showText(*run, colour);
-  std::fwrite(text.data(), 1, text.size(), stdout);
-  return std::fflush(stdout) == 0 ? Status::done : Status::wrongUse;
+  return putOut(text) ? Status::done : Status::wrongUse;
 }

@@ -5,6 +5,7 @@
 #include "ask_machine.h"
 #include "plan.h"
 #include "refusal.h"
+#include "standard_output.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ int sources(const SourcesOptions& options) {
     for (const auto& source : machine.sources)
       print(source);
     std::printf("%s, %s\n", machine.versionOfLibrary.c_str(), machine.fileOfLibrary.c_str());
-    return Status::done;
+    return putOut("") ? Status::done : Status::wrongUse;
   } catch (const Refusal& refusal) {
     message(refusal.what());
     return refusal.status;

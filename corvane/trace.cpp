@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::uint64_t bytesPerMb = 1U << 20U;
+constexpr double bytesPerMb = 1U << 20U;
 constexpr int mostAttempts = 40;
 
 struct Attempt {
@@ -89,13 +89,13 @@ int trace(const TraceOptions& options) {
   for (const auto& note : first.notes())
     message(note);
   if (first.isEmpty()) {
-    message("nothing could be read from " + folder.string());
+    tellEmpty(folder, first.end());
     return Status::wrongUse;
   }
   NewFile file(options.output);
   Attempt result;
   if (file.hasFailed()) return Status::wrongUse;
-  const auto bytes = options.maxMb * bytesPerMb;
+  const auto bytes = std::uint64_t(options.maxMb * bytesPerMb);
   if (!writeBelow(folder, selection, file, options.all ? nullptr : &found, bytes, result)) {
     message("no step makes the trace as short as that: choose processes or a part of the run");
     return Status::wrongUse;

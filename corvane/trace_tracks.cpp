@@ -23,16 +23,23 @@ bool isZeroText(std::string_view text) {
   return text.find_first_not_of("0.") == std::string_view::npos;
 }
 
+/// Of the sample's source.
+std::uint64_t bitOf(const runs::Sample& sample) {
+  return 1ULL << (sample.place % 64);
+}
+
 }  // namespace
 
-TraceWriter::TraceWriter(const runs::RunReader& run, NewFile* file, TrackSet* found,
-                         TraceLimits limits)
+TraceWriter::TraceWriter(runs::RunReader& run, NewFile* file, TrackSet* found, TraceLimits limits)
     : run_(run), file_(file), found_(found), limits_(limits), sources_(run.sourceCount()) {
   for (std::size_t place = 0; place < sources_.size(); ++place) {
     const auto& source = run.source(place);
     auto& state = sources_[place];
     state.groups = groupsOf(source);
     state.pid = std::to_string(place + 1);
+    const auto* const total = source.find("TotalTime");
+    const bool isOfProcesses = source.rows == runs::RowsOf::processes;
+    state.totalField = isOfProcesses && total != nullptr ? total->field : 0;
     if (file_ == nullptr) continue;
     const auto* const comma = place == 0 ? "" : ",\n";
     file_->put(comma, R"({"ph":"M","name":"process_name","pid":)", state.pid, R"(,"args":{"name":)",
@@ -120,20 +127,53 @@ void TraceWriter::processRow(SourceState& state, const runs::Sample& sample, con
   if (!pid) return;
   const auto name = fields[sample.source->nameField];
   auto& table = state.processes;
+  const double total =
+      state.totalField != 0 ? runs::numberOf(fields[state.totalField]).value_or(0) : 0;
   auto index = table.find(*pid, state.order);
   const bool known = index != table.none;
   if (!known) index = table.add(*pid);
   auto& entity = table[index];
-  if (!known || entity.name != name) {
-    if (known) close(state, entity);
-    const std::string text(name);
-    entity = makeEntity(state, text, text + " [" + std::to_string(*pid) + "]");
-    entity.meant = run_.selection().hasProcess(*pid, text);
+  if (known && entity.sample == state.sample) return;  // listed twice
+  const bool isBorn = !known || total < entity.total - runs::clockNoise;
+  if (isBorn || entity.name != name) {
+    if (known && isBorn) {
+      end(state, sample, entity);
+    } else if (known) {
+      close(state, entity);
+    }
+    entity = makeProcess(state, sample, *pid, std::string(name), isBorn);
   }
-  if (entity.sample == state.sample) return;  // listed twice
   entity.sample = state.sample;
+  entity.total = total;
   state.order.now.push_back(index);
   if (entity.meant) put(state, entity, sample, fields);
+}
+
+/// Two processes that have one PID and one name after each other have tracks of their own.
+TraceWriter::Entity TraceWriter::makeProcess(const SourceState& state, const runs::Sample& sample,
+                                             int pid, const std::string& name, bool isBorn) {
+  auto label = name + " [" + std::to_string(pid) + "]";
+  Entity entity{.name = name, .tracks = {}, .meant = run_.processes().has(pid, name)};
+  if (!entity.meant) return entity;
+  const auto hash = std::hash<std::string>{}(label);
+  auto& lives = lives_[hash];
+  const auto bit = bitOf(sample);
+  const bool isBack = !isBorn && (lives.open & bit) != 0;  // to a name that it had before
+  if (!isBack && ((lives.seen & bit) != 0 || lives.open == 0)) lives = {.count = lives.count + 1};
+  lives.seen |= bit;
+  lives.open |= bit;
+  if (lives.count > 1) label += " #" + std::to_string(lives.count);
+  entity = makeEntity(state, name, label);
+  entity.label = hash;
+  entity.life = lives.count;
+  return entity;
+}
+
+void TraceWriter::end(const SourceState& state, const runs::Sample& sample, Entity& entity) {
+  close(state, entity);
+  const auto lives = lives_.find(entity.label);
+  if (lives != lives_.end() && lives->second.count == entity.life)
+    lives->second.open &= ~bitOf(sample);
 }
 
 void TraceWriter::put(SourceState& state, Entity& entity, const runs::Sample& sample,
@@ -208,6 +248,7 @@ void TraceWriter::putStep(const Group& group, Track& track) {
 }
 
 /// Ends the tracks of a process with a zero, or viewers would draw its last values on to the end.
+/// A state lasts until the sample that does not have it any more.
 void TraceWriter::close(const SourceState& state, Entity& entity) {
   if (file_ == nullptr || !entity.meant) return;
   for (std::size_t i = 0; i < state.groups.size(); ++i) {
@@ -215,7 +256,7 @@ void TraceWriter::close(const SourceState& state, Entity& entity) {
     auto& track = entity.tracks[i];
     if (!track.wanted) continue;
     if (track.step >= 0) putStep(group, track);
-    file_->put(track.head, state.begin, R"(,"args":{"value":0}})");
+    file_->put(track.head, group.ofPeriod ? state.begin : state.time, R"(,"args":{"value":0}})");
     ++events_;
   }
 }
@@ -226,7 +267,7 @@ void TraceWriter::endSample(const runs::Sample& sample) {
   for (const auto index : state.order.before) {
     auto& entity = state.processes[index];
     if (entity.sample == 0 || entity.sample == state.sample) continue;
-    close(state, entity);
+    end(state, sample, entity);
     state.processes.take(index);
   }
   state.order.before.swap(state.order.now);

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 #include "new_file.h"
 #include "process_table.h"
+#include "processes.h"
 #include "run_reader.h"
 
 /// The tracks that are not zero throughout, by a hash of what they are of.
@@ -22,10 +24,9 @@ struct TraceLimits {
 class TraceWriter : public runs::RowVisitor {
  public:
   /// Only finds out which tracks are not zero throughout.
-  TraceWriter(const runs::RunReader& run, TrackSet& found)
-      : TraceWriter(run, nullptr, &found, {}) {}
+  TraceWriter(runs::RunReader& run, TrackSet& found) : TraceWriter(run, nullptr, &found, {}) {}
   /// Writes those that are in `wanted`, or all where that is null.
-  TraceWriter(const runs::RunReader& run, NewFile& file, const TrackSet* wanted, TraceLimits limits)
+  TraceWriter(runs::RunReader& run, NewFile& file, const TrackSet* wanted, TraceLimits limits)
       : TraceWriter(run, &file, nullptr, limits) {
     wanted_ = wanted;
   }
@@ -61,10 +62,20 @@ class TraceWriter : public runs::RowVisitor {
     std::vector<Track> tracks;  // as the source's groups
     std::uint64_t sample = 0;   // the number of the last one that had it, from 1
     bool meant = true;
+    double total = 0;         // of a process: processor seconds since its start
+    std::uint64_t label = 0;  // of a process: its hash
+    std::uint32_t life = 1;
+  };
+  /// The processes that have had one label, over all sources, each of which sees them begin and end
+  /// at its own times.
+  struct Lives {
+    std::uint32_t count = 0;
+    std::uint64_t seen = 0, open = 0;  // the last one, by which sources: a bit each
   };
   struct SourceState {
     std::vector<Group> groups;
     std::string pid;
+    std::size_t totalField = 0;    // processor seconds of a process; 0: none
     std::vector<Entity> entities;  // the machine, or the devices
     std::size_t next = 0;          // the entity that is likely to be the next row's
     runs::ProcessTable<Entity> processes;
@@ -73,7 +84,7 @@ class TraceWriter : public runs::RowVisitor {
     std::string begin, time;  // of the sample in microseconds, as JSON
   };
 
-  TraceWriter(const runs::RunReader& run, NewFile* file, TrackSet* found, TraceLimits limits);
+  TraceWriter(runs::RunReader& run, NewFile* file, TrackSet* found, TraceLimits limits);
   static std::vector<Group> groupsOf(const runs::Source& source);
   Entity makeEntity(const SourceState& state, const std::string& name,
                     const std::string& label) const;
@@ -85,13 +96,17 @@ class TraceWriter : public runs::RowVisitor {
   void addToStep(const SourceState& state, const Group& group, Track& track,
                  const runs::Sample& sample, const Fields& fields);
   void putStep(const Group& group, Track& track);
+  Entity makeProcess(const SourceState& state, const runs::Sample& sample, int pid,
+                     const std::string& name, bool isBorn);
+  void end(const SourceState& state, const runs::Sample& sample, Entity& entity);
   void close(const SourceState& state, Entity& entity);
 
-  const runs::RunReader& run_;
+  runs::RunReader& run_;
   NewFile* file_;
   TrackSet* found_;
   const TrackSet* wanted_ = nullptr;
   TraceLimits limits_;
   std::vector<SourceState> sources_;
+  std::unordered_map<std::uint64_t, Lives> lives_;  // by the label's hash
   std::uint64_t events_ = 0;
 };

@@ -5,15 +5,18 @@
 
 namespace runs {
 
-NameTable::Entry& NameTable::enter(const std::string& name) {
+NameTable::Entry& NameTable::enter(const std::string& name, double time) {
   auto& entry = entries_[name];
   if (entry == nullptr) {
     entry = std::make_unique<Entry>();
     entry->sum.name = name;
     entry->sum.processes = 0;
+    entry->sum.first = time;
   } else if (entry->living == 0) {
     --ended_;
   }
+  entry->sum.last = time;
+  ++entry->sum.processes;
   ++entry->living;
   return *entry;
 }
@@ -22,15 +25,6 @@ void NameTable::leave(Entry& entry) {
   if (--entry.living != 0) return;
   ++ended_;
   if (ended_ > mostEnded) prune();
-}
-
-void NameTable::addEnded(Entry& entry, const Process& process) {
-  auto& sum = entry.sum;
-  sum.first = sum.processes == 0 ? process.first : std::min(sum.first, process.first);
-  sum.last = std::max(sum.last, process.last);
-  sum.cpuSeconds += process.cpuSeconds;
-  sum.alive = sum.alive || process.alive;
-  ++sum.processes;
 }
 
 void NameTable::prune() {
@@ -52,9 +46,9 @@ void NameTable::prune() {
 
 std::vector<Process> NameTable::take() {
   std::vector<Process> names;
-  for (auto& [name, entry] : entries_) {
-    if (entry->sum.processes != 0) names.push_back(std::move(entry->sum));
-  }
+  names.reserve(entries_.size());
+  for (auto& [name, entry] : entries_)
+    names.push_back(std::move(entry->sum));
   entries_.clear();
   std::ranges::sort(names, [](const Process& a, const Process& b) {
     return a.cpuSeconds != b.cpuSeconds ? a.cpuSeconds > b.cpuSeconds : a.name < b.name;

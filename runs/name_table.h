@@ -28,14 +28,12 @@ class NameTable {
   };
 
   /// The entry of a name that gets one more living process. It stays where it is until that has
-  /// ended.
-  Entry& enter(const std::string& name);
-  /// A process leaves a name, because it has ended or has another name now.
+  /// left it.
+  Entry& enter(const std::string& name, double time);
+  /// A process will not have this name any more.
   void leave(Entry& entry);
-  /// Adds an ended process to its name.
-  static void addEnded(Entry& entry, const Process& process);
 
-  /// All names with processes, with most processor time first.
+  /// All names, with most processor time first.
   std::vector<Process> take();
   std::uint64_t dropped() const { return dropped_; }
 

@@ -9,11 +9,11 @@ namespace {
 
 constexpr std::size_t cpuListing = 0, memoryListing = 1;
 
-/// Two readings of one process's time may differ by this without it being another process.
-constexpr double clockNoise = 0.02;
-
 /// Ended processes pile up to this number before they are sorted out.
 constexpr std::size_t mostEnded = 6 * keptEnded;
+
+/// Names of one process that are remembered; there are some that say in it what they do just now.
+constexpr std::size_t mostNames = 8;
 
 std::size_t fieldOf(const Source& source, std::string_view metric) {
   const auto* const column = source.find(metric);
@@ -45,25 +45,49 @@ bool ProcessTracker::isSame(const Entry& entry, std::size_t which, const Fields&
       entry.sample[1 - which] == other.sample && other.sample != 0 && other.time >= listing.before;
   if (missed && !seenSince) return false;
   if (listing.totalField == 0 || entry.sample[which] == 0) return true;
-  const double noise = entry.process.name == fields[nameField] ? clockNoise : 0;
+  const double noise = entry.called[which].text == fields[nameField] ? clockNoise : 0;
   return numberOf(fields[listing.totalField]).value_or(0) >= entry.total - noise;
 }
 
-ProcessTracker::Table::Index ProcessTracker::enter(int pid, std::string_view name, double time) {
+ProcessTracker::Table::Index ProcessTracker::enter(int pid) {
   const auto index = table_.add(pid);
-  auto& entry = table_[index];
-  entry.process.pid = pid;
-  entry.process.first = time;
-  setName(entry, name);
+  table_[index].process.pid = pid;
   ++count;
   return index;
 }
 
-void ProcessTracker::setName(Entry& entry, std::string_view name) {
-  if (entry.name != nullptr) nameTable_.leave(*entry.name);
-  entry.process.name = name;
-  const bool meant = selection_.hasProcess(entry.process.pid, entry.process.name);
-  entry.name = meant ? &nameTable_.enter(entry.process.name) : nullptr;
+void ProcessTracker::setName(Entry& entry, std::size_t which, std::string_view name, double time) {
+  if (which == cpuListing) settleTime(entry);
+  auto& called = entry.called[which];
+  called.text = name;
+  called.name = nameOf(entry, called.text, time);
+  if (called.name != nullptr) entry.process.name = called.text;
+}
+
+/// The name's entry, in which the process is counted once however often it comes back to the name;
+/// null where it is not meant.
+NameTable::Entry* ProcessTracker::nameOf(Entry& entry, const std::string& text, double time) {
+  if (!filter_.has(entry.process.pid, text)) return nullptr;
+  auto& borne = entry.names;
+  for (auto* const name : borne) {
+    if (name->sum.name == text) return name;
+  }
+  if (borne.empty()) entry.process.first = time;
+  if (borne.size() == mostNames) {
+    const auto left = std::ranges::find_if(borne, [&](const NameTable::Entry* name) {
+      return name != entry.called[cpuListing].name && name != entry.called[memoryListing].name;
+    });
+    nameTable_.leave(**left);
+    borne.erase(left);
+  }
+  return borne.emplace_back(&nameTable_.enter(text, time));
+}
+
+/// Hands the processor time of late to the name that it was used under.
+void ProcessTracker::settleTime(Entry& entry) {
+  auto* const name = entry.called[cpuListing].name;
+  if (name != nullptr) name->sum.cpuSeconds += entry.total - entry.beforeName;
+  entry.beforeName = entry.total;
 }
 
 void ProcessTracker::row(const Sample& sample, const Fields& fields) {
@@ -79,49 +103,54 @@ void ProcessTracker::row(const Sample& sample, const Fields& fields) {
     retire(index);
     index = Table::none;
   }
-  if (index == Table::none) index = enter(*pid, fields[nameField], sample.time);
+  if (index == Table::none) index = enter(*pid);
   auto& entry = table_[index];
-  if (entry.process.name != fields[nameField]) setName(entry, fields[nameField]);
+  if (entry.sample[which] == 0 || entry.called[which].text != fields[nameField])
+    setName(entry, which, fields[nameField], sample.time);
   listing.order.now.push_back(index);
   takeCpu(entry, listing, sample, fields);
   takePss(entry, listing, sample, fields);
   entry.sample[which] = listing.sample;
-  entry.process.last = sample.time;
+  if (entry.called[which].name != nullptr) entry.process.last = sample.time;
 }
 
 void ProcessTracker::takeCpu(Entry& entry, Listing& listing, const Sample& sample,
                              const Fields& fields) {
+  auto* const name = entry.called[cpuListing].name;
   if (listing.totalField != 0) {
+    const double before = entry.total;
     entry.total = numberOf(fields[listing.totalField]).value_or(entry.total);
     // A process that was there from the start has used time before the part that is meant.
     const bool isFirst = entry.sample[cpuListing] == 0;
-    if (isFirst) entry.totalAtFirst = listing.sample == 1 ? entry.total : 0;
-    entry.process.cpuSeconds = entry.total - entry.totalAtFirst;
+    if (isFirst) entry.notMeant = entry.beforeName = listing.sample == 1 ? entry.total : 0;
+    if (name == nullptr)
+      entry.notMeant = isFirst ? entry.total : entry.notMeant + entry.total - before;
+    entry.process.cpuSeconds = entry.total - entry.notMeant;
   }
-  if (listing.cpuField == 0) return;
+  if (listing.cpuField == 0 || name == nullptr) return;
   const auto usage = numberOf(fields[listing.cpuField]);
   if (!usage) return;
   auto& process = entry.process;
   process.cpu.add(*usage);
-  addToName(entry, listing, cpuListing, *usage);
-  if (envelopes_ && entry.name != nullptr) process.cpuEnvelope.add(sample.time, *usage);
-  if (followMoments_ && entry.name != nullptr && *usage > 0)
-    moments.candidate({process.pid, entry.name->sum.name, *usage / 100 * sample.period});
+  addToName(*name, listing, cpuListing, *usage);
+  if (envelopes_) process.cpuEnvelope.add(sample.time, *usage);
+  if (followMoments_ && *usage > 0)
+    moments.candidate({process.pid, name->sum.name, *usage / 100 * sample.period});
 }
 
 void ProcessTracker::takePss(Entry& entry, Listing& listing, const Sample& sample,
                              const Fields& fields) {
-  if (listing.pssField == 0) return;
+  auto* const name = entry.called[memoryListing].name;
+  if (listing.pssField == 0 || name == nullptr) return;
   const auto pss = numberOf(fields[listing.pssField]);
   if (!pss) return;
   entry.process.pss.add(sample.time, *pss);
-  addToName(entry, listing, memoryListing, *pss);
-  if (envelopes_ && entry.name != nullptr) entry.process.pssEnvelope.add(sample.time, *pss);
+  addToName(*name, listing, memoryListing, *pss);
+  if (envelopes_) entry.process.pssEnvelope.add(sample.time, *pss);
 }
 
-void ProcessTracker::addToName(Entry& entry, Listing& listing, std::size_t which, double value) {
-  if (entry.name == nullptr) return;
-  auto& name = *entry.name;
+void ProcessTracker::addToName(NameTable::Entry& name, Listing& listing, std::size_t which,
+                               double value) {
   if (name.sample[which] != listing.sample) {
     name.sample[which] = listing.sample;
     name.now[which] = 0;
@@ -133,6 +162,7 @@ void ProcessTracker::addToName(Entry& entry, Listing& listing, std::size_t which
 void ProcessTracker::sumNames(Listing& listing, std::size_t which) {
   for (auto* const name : listing.names) {
     auto& sum = name->sum;
+    sum.last = listing.time;
     if (which == cpuListing) {
       sum.cpu.add(name->now[which]);
       if (envelopes_) sum.cpuEnvelope.add(listing.time, name->now[which]);
@@ -164,9 +194,10 @@ void ProcessTracker::endSample(const Sample& sample) {
 
 void ProcessTracker::retire(Table::Index index) {
   auto entry = table_.take(index);
-  if (entry.name == nullptr) return;
-  NameTable::addEnded(*entry.name, entry.process);
-  nameTable_.leave(*entry.name);
+  if (entry.names.empty()) return;
+  settleTime(entry);
+  for (auto* const name : entry.names)
+    nameTable_.leave(*name);
   processes.push_back(std::move(entry.process));
   if (processes.size() > mostEnded) keepTop(processes, keptEnded);
 }
@@ -175,9 +206,9 @@ void ProcessTracker::finish() {
   keepTop(processes, keptEnded);
   for (const auto index : table_.all()) {
     auto& entry = table_[index];
-    if (entry.name == nullptr) continue;
+    if (entry.names.empty()) continue;
     entry.process.alive = true;
-    NameTable::addEnded(*entry.name, entry.process);
+    settleTime(entry);
     processes.push_back(std::move(entry.process));
   }
   std::ranges::sort(processes, [](const Process& a, const Process& b) {

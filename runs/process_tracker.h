@@ -5,6 +5,7 @@
 
 #include "moments.h"
 #include "name_table.h"
+#include "process_filter.h"
 #include "process_table.h"
 #include "processes.h"
 #include "run_reader.h"
@@ -12,11 +13,12 @@
 namespace runs {
 
 /// Follows the processes through the rows of the two sources that list them, from their first
-/// sample to their last one.
+/// sample to their last one. Every sample counts under the name that it has in its file, so that
+/// nothing is lost where a process gets another one.
 class ProcessTracker {
  public:
-  ProcessTracker(const Selection& selection, bool envelopes, bool moments)
-      : selection_(selection), envelopes_(envelopes), followMoments_(moments) {}
+  ProcessTracker(ProcessFilter& filter, bool envelopes, bool moments)
+      : filter_(filter), envelopes_(envelopes), followMoments_(moments) {}
 
   void beginSample(const Sample& sample);
   void row(const Sample& sample, const Fields& fields);
@@ -31,11 +33,18 @@ class ProcessTracker {
   Moments moments;
 
  private:
+  /// What a listing calls a process. The two need not agree for a moment.
+  struct Called {
+    std::string text;
+    NameTable::Entry* name = nullptr;  // null: a name that is not meant
+  };
   struct Entry {
-    Process process;
-    NameTable::Entry* name = nullptr;       // null: not meant
+    Process process;                        // of the samples that are meant
+    std::array<Called, 2> called;           // per listing
+    std::vector<NameTable::Entry*> names;   // of those that are meant, which it had lately
     std::array<std::uint64_t, 2> sample{};  // the last one that had it, per listing; 0: none
-    double totalAtFirst = 0, total = 0;     // processor seconds since its start
+    // Processor seconds since its start: those that are not meant, those before the present name.
+    double notMeant = 0, beforeName = 0, total = 0;
   };
   using Table = ProcessTable<Entry>;
   /// One of the two sources.
@@ -52,15 +61,17 @@ class ProcessTracker {
   }
   bool isSame(const Entry& entry, std::size_t which, const Fields& fields,
               std::size_t nameField) const;
-  Table::Index enter(int pid, std::string_view name, double time);
-  void setName(Entry& entry, std::string_view name);
+  Table::Index enter(int pid);
+  void setName(Entry& entry, std::size_t which, std::string_view name, double time);
+  NameTable::Entry* nameOf(Entry& entry, const std::string& text, double time);
+  static void settleTime(Entry& entry);
   void retire(Table::Index index);
   void takeCpu(Entry& entry, Listing& listing, const Sample& sample, const Fields& fields);
   void takePss(Entry& entry, Listing& listing, const Sample& sample, const Fields& fields);
-  static void addToName(Entry& entry, Listing& listing, std::size_t which, double value);
+  static void addToName(NameTable::Entry& name, Listing& listing, std::size_t which, double value);
   void sumNames(Listing& listing, std::size_t which);
 
-  const Selection& selection_;
+  ProcessFilter& filter_;
   bool envelopes_, followMoments_;
   Table table_;
   std::array<Listing, 2> listings_;

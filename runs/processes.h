@@ -34,7 +34,7 @@ struct Course {
 /// One process in its lifetime: a PID that comes back is another one. Or all of a name together.
 struct Process {
   int pid = 0;
-  std::string name;             // the last one it had
+  std::string name;             // the last one it had of those that are meant
   std::uint64_t processes = 1;  // how many it stands for
   double first = 0, last = 0;   // its first and its last sample, seconds of the run
   bool alive = false;           // still there in the last sample
@@ -44,6 +44,10 @@ struct Process {
   Envelope cpuEnvelope{Envelope::smallCapacity};  // where asked for
   Envelope pssEnvelope{Envelope::smallCapacity};
 };
+
+/// Two readings of one process's processor time, in seconds, may run back by this much without it
+/// being another process.
+inline constexpr double clockNoise = 0.02;
 
 /// How many ended processes are kept of those with most processor time, with the highest peak of
 /// memory and with most growth of memory, each.

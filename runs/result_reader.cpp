@@ -75,6 +75,8 @@ std::vector<std::string> ResultReader::notes() const {
     notes.push_back(name_ + " is empty");
   } else if (!hasHeader_) {
     notes.push_back(name_ + " does not begin with a header line; it is left out");
+  } else if (microseconds_ < 0 && !isCut_ && leftOut_ == 0) {
+    notes.push_back(name_ + " has no samples");
   } else if (isCut_) {
     notes.push_back(name_ + " ends in the middle of a line, which is left out");
   }

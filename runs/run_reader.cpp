@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fnmatch.h>
 
 #include "time_axis.h"
 
@@ -39,13 +38,6 @@ std::vector<ResultFile> chosenFiles(const fs::path& folder, std::vector<std::str
 
 }  // namespace
 
-bool Selection::hasProcess(int pid, const std::string& name) const {
-  const auto isMeant = [&](const std::string& pattern) {
-    return pattern == std::to_string(pid) || fnmatch(pattern.c_str(), name.c_str(), 0) == 0;
-  };
-  return processes.empty() || std::ranges::any_of(processes, isMeant);
-}
-
 double SourceActivity::period() const {
   if (nominalPeriod > 0) return nominalPeriod;
   const double usual = steps.quantile(0.5);
@@ -71,7 +63,15 @@ std::uint64_t SourceActivity::missed() const {
 }
 
 RunReader::RunReader(const fs::path& folder, Selection selection)
-    : selection_(std::move(selection)), metadata_(readMetadata(folder)) {
+    : name_(fs::path(folder / "").parent_path().filename().string()),
+      selection_(std::move(selection)),
+      processes_(selection_.processes),
+      metadata_(readMetadata(folder)) {
+  std::error_code error;
+  if (!metadata_ && fs::exists(metadataFile(folder), error)) {
+    notes_.push_back(metadataFile(folder).filename().string() +
+                     " cannot be read as a run's metadata; the run is read without");
+  }
   std::vector<FirstTimes> times;
   for (const auto& file : chosenFiles(folder, notes_)) {
     const auto first = firstTimes(file);
@@ -151,10 +151,10 @@ void RunReader::readSample(File& file, RowVisitor& visitor) {
 void RunReader::read(RowVisitor& visitor, const Progress& progress) {
   while (auto* const file = earliest()) {
     const double time = timeOf(*file);
-    if (time > selection_.to) {
+    if (time > selection_.to && !isEmpty()) {
       file->hasRow = false;
-    } else if (time < selection_.from) {
-      skipSample(*file);
+    } else if (time < selection_.from || time > selection_.to) {
+      skipSample(*file);  // where all is skipped, on to where the run ends
     } else {
       readSample(*file, visitor);
     }
@@ -171,10 +171,20 @@ bool RunReader::isEmpty() const {
   return std::ranges::all_of(files_, [](const File& file) { return file.activity.samples == 0; });
 }
 
+double RunReader::end() const {
+  double end = -1;
+  for (const auto& file : files_)
+    end = std::max(end, file.before);
+  return end;
+}
+
 std::vector<std::string> RunReader::notes() const {
   auto notes = notes_;
   for (const auto& file : files_)
     std::ranges::copy(file.reader->notes(), std::back_inserter(notes));
+  if (isEmpty()) return notes;
+  for (const auto& pattern : processes_.unmatched())
+    notes.push_back("no process of " + name_ + " matches " + pattern);
   return notes;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "process_filter.h"
 #include "result_reader.h"
 #include "statistics.h"
 #include "time_axis.h"
@@ -17,8 +18,6 @@ struct Selection {
   double from = 0;  // seconds of the run
   double to = std::numeric_limits<double>::infinity();
   std::vector<std::string> processes;  // names (shell patterns) or PIDs; empty: all
-
-  bool hasProcess(int pid, const std::string& name) const;
 };
 
 /// What reading a run finds out about one of its sources.
@@ -64,7 +63,7 @@ class RunReader {
   std::size_t sourceCount() const { return files_.size(); }
   const Source& source(std::size_t place) const { return files_[place].reader->source(); }
   const SourceActivity& activity(std::size_t place) const { return files_[place].activity; }
-  const Selection& selection() const { return selection_; }
+  ProcessFilter& processes() { return processes_; }
   const std::optional<Metadata>& metadata() const { return metadata_; }
 
   /// Gives the visitor every sample that is meant. Once.
@@ -72,6 +71,9 @@ class RunReader {
 
   /// Whether no sample has been given.
   bool isEmpty() const;
+  /// Where it is empty: the time of the run's last sample, which was not meant; negative: there is
+  /// none.
+  double end() const;
   /// What could not be read, a sentence each.
   std::vector<std::string> notes() const;
 
@@ -91,7 +93,9 @@ class RunReader {
   void skipSample(File& file);
   void readSample(File& file, RowVisitor& visitor);
 
+  std::string name_;  // of the folder
   Selection selection_;
+  ProcessFilter processes_;
   std::optional<Metadata> metadata_;
   std::vector<File> files_;
   std::vector<std::string> notes_;

@@ -87,8 +87,8 @@ class MetricTracker {
 
 class Summarizer : public RowVisitor {
  public:
-  Summarizer(const RunReader& reader, const Detail& detail)
-      : processes(reader.selection(), detail.processEnvelopes, detail.moments),
+  Summarizer(RunReader& reader, const Detail& detail)
+      : processes(reader.processes(), detail.processEnvelopes, detail.moments),
         metrics(reader.sourceCount(), MetricTracker(detail.envelopes)) {}
 
   void beginSample(const Sample& sample) override {
@@ -162,6 +162,7 @@ RunSummary readRun(const std::filesystem::path& folder, const Selection& selecti
   run.names = std::move(found.processes.names);
   run.processCount = found.processes.count;
   run.moments = std::move(found.processes.moments);
+  run.end = reader.end();
   for (auto& note : reader.notes())
     run.notes.push_back(std::move(note));
   if (found.processes.namesDropped != 0) {

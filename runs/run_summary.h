@@ -41,6 +41,7 @@ struct SourceSummary {
 struct RunSummary {
   std::filesystem::path folder;
   double first = 0, last = 0;  // seconds of the run: the first sample of all, and the last one
+  double end = -1;             // where that has none: the end of the whole run; negative: none
   std::vector<SourceSummary> sources;  // in the order of the options, those without samples too
   std::vector<MetricSeries>
       metrics;                     // sources, then entities, in their order; none without samples

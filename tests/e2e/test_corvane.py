@@ -71,6 +71,29 @@ def test_which_rows_are_one_process(tmp_path, proc, procmem, lives):
     assert sorted((p["first"], p["last"]) for p in found) == lives
 
 
+NAMED = {1: "sh", 2: "sh", 3: "work", 4: "work", 5: "sh", 6: "end"}
+
+
+@pytest.mark.parametrize("meant, pids, names", [
+    ([], [("end", 1, 6, 5, 1)], {"sh": (1, 5, 2, 1), "work": (3, 4, 2, 3), "end": (6, 6, 1, None)}),
+    (["work"], [("work", 3, 4, 2, 3)], {"work": (3, 4, 2, 3)}),
+    (["s?", "work"], [("sh", 1, 5, 4, 1)], {"sh": (1, 5, 2, 1), "work": (3, 4, 2, 3)}),
+    ([5, "nobody"], [("end", 1, 6, 5, 1)], {"sh": (1, 5, 2, 1), "work": (3, 4, 2, 3), "end": (6, 6, 1, None)}),
+], ids=["all", "one name", "two names", "PID"])
+def test_each_sample_counts_under_its_name(tmp_path, meant, pids, names):
+    """A process that uses a core and is renamed: seen last without memory, as a zombie is."""
+    cpu = [(t * 1e6, [(5, name, 0.0, 0.0, float(t), 100.0)]) for t, name in NAMED.items()]
+    memory = [(t * 1e6, [(5, 1, NAMED[t], t, t, t, t)]) for t in (1, 2, 3, 4)]
+    folder = write_run(tmp_path / "r", proc=text_of(PROC, cpu), procmem_=text_of(made_runs.PROCMEM, memory))
+    done = corvane("show", "--json", folder, *(word for name in meant for word in ("--process", name)))
+    assert done.stderr == ("corvane: no process of r matches nobody\n" if "nobody" in meant else "")
+    report = json.loads(done.stdout)
+    figures = lambda p: (p["first"], p["last"], p["cpu_seconds"], p["pss_first_kb"])
+    assert [(p["name"], *figures(p)) for p in report["processes"]] == pids
+    assert {p["name"]: figures(p) for p in report["names"]} == names
+    assert all((p["processes"], p["cpu_mean"]) == (1, 100) for p in report["names"])
+
+
 def test_a_part_of_the_run_and_some_processes(tmp_path):
     proc, procmem, lives = made_runs.processes(3, seconds=60)
     folder = write_run(tmp_path / "r", proc=proc, procmem_=procmem)
@@ -164,7 +187,7 @@ def test_times_of_six_digits_do_not_tell_the_start(tmp_path):
 @pytest.mark.parametrize("content, status, told", [
     ("", 2, "is empty"),
     ("no header\n1 2\n", 2, "does not begin with a header line"),
-    ("Time(usec) TotalCPU\n", 2, "nothing could be read"),
+    ("Time(usec) TotalCPU\n", 2, "has no samples"),
     ("Time(usec) TotalCPU\n1000000.00 50.00\n2000000.00 7", 0, "ends in the middle of a line"),
     ("Time(usec) TotalCPU\n1000000.00 50.00\n1.00 2 3\nx 5\n500000.00 1\n", 0, "3 lines that are no sample"),
 ])
@@ -184,6 +207,8 @@ def test_files_that_are_not_whole(tmp_path, content, status, told):
     (["frobnicate"], "unknown frobnicate\n"), (["show"], "no run below Results_corvane"), (["show", "nowhere"], "is no folder"),
     (["trace", "."], "--output is required"), (["trace", ".", "-o", "x"], "holds no result files"),
     (["convert", "."], "say what to make"), (["show", "--from", "x"], "--from"),
+    (["show", "--from", "nan"], "'nan' is no number of seconds"), (["report", "--to", "inf"], "'inf' is no number"),
+    (["trace", "--max-mb", "0"], "'0' is no size above 0"), (["trace", "--max-mb", "-1"], "'-1' is no size"),
 ])
 def test_wrong_use(tmp_path, arguments, told):
     done = corvane(*arguments, cwd=tmp_path)
@@ -272,6 +297,20 @@ def test_trace_of_odd_numbers(tmp_path):
     assert tracks["Charge"] == [(at * 1e6, value) for at, value in enumerate(values.values()) if value is not None]
 
 
+def test_each_life_has_a_track(tmp_path):
+    """PID 5 is back after a sample without it, then with less time; to one listing the last is the second."""
+    total = {1: 3.0, 2: 4.0, 3: None, 4: 1.0, 5: 2.0, 6: 0.5, 7: 1.0, 8: None}
+    proc = [(t * 1e6, [(1, "init", 0.0, 0.0, 0.0, 0.0)] + [(5, "a", 0.0, 0.0, used, 9.0)] * bool(used))
+            for t, used in total.items()]
+    memory = [(t * 1e6, [(1, 0, "init", 1, 1, 1, 1)] + [(5, 1, "a", 7, 7, 7, 7)] * (t in (2, 6))) for t in range(1, 9)]
+    tracks, _ = traced(write_run(tmp_path / "r", proc=text_of(PROC, proc), procmem_=text_of(made_runs.PROCMEM, memory)))
+    second = lambda name: [(ts / 1e6, value) for ts, value in tracks[name]]
+    assert second("a [5] CPU_Usage (%)") == [(0, 9), (1, 9), (2, 0)]
+    assert second("a [5] #2 CPU_Usage (%)") == [(3, 9), (4, 9), (5, 0)]
+    assert second("a [5] #3 CPU_Usage (%)") == [(5, 9), (6, 9), (7, 0)]
+    assert second("a [5] PSS (KB)") == [(2, 7), (3, 0)] and second("a [5] #3 PSS (KB)") == [(6, 7), (7, 0)]
+
+
 def test_trace_below_a_size(tmp_path):
     chance = random.Random(1)
     values = [chance.randrange(1, 10000) / 100 for _ in range(40000)]
@@ -325,6 +364,29 @@ def test_convert_makes_what_the_profiler_makes(profiler):
 
 
 SMALL = "Time(usec) TotalCPU\n1000000.00 5.00\n2000000.00 6.00\n3000000.00 7.00\n"
+
+
+@pytest.mark.parametrize("arguments, metadata, told", [
+    (["--from", "9.5"], None, "no sample lies between --from and --to: r ends at 3.0 s"),
+    (["--from", "2.9", "--to", "1"], None, "no sample lies between --from and --to: r ends at 3.0 s"),
+    ([], '{"schema":', "r.run.json cannot be read as a run's metadata; the run is read without"),
+    ([], '{"schema": 99}', "r.run.json cannot be read as a run's metadata; the run is read without"),
+])
+def test_what_is_said_of_a_run_in_one_line(tmp_path, arguments, metadata, told):
+    write_run(tmp_path / "r", cpu=SMALL)
+    if metadata:
+        (tmp_path / "r.run.json").write_text(metadata)
+    for command in (["show"], ["trace", "-o", "t.json"], ["report", "-o", "r.html"]):
+        done = corvane(*command, "r", *arguments, cwd=tmp_path)
+        assert (done.returncode, done.stderr) == (0 if metadata else 2, f"corvane: {told}\n")
+
+
+@pytest.mark.parametrize("command", [["show"], ["show", "--json"], ["convert", "--summary"]])
+def test_output_that_cannot_be_written(tmp_path, command):
+    folder = write_run(tmp_path / "r", cpu=SMALL)
+    with open("/dev/full", "w") as full:
+        done = corvane(*command, folder, capture_output=False, stdout=full, stderr=subprocess.PIPE)
+    assert (done.returncode, done.stderr) == (2, "corvane: standard output cannot be written: No space left on device\n")
 
 
 @pytest.mark.parametrize("output, status, told", [
