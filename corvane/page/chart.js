@@ -2,7 +2,8 @@
 // grid are dygraphs'; the lines are drawn through its plug-in hook straight from the arrays.
 //
 // A panel: {id, title, unit, factor, lines, ceiling, idle, heat}
-// A line:  {label, series, colour, dash, owner, hidden}
+// A line:  {label, rest, series, colour, dash, hidden}: the label's words may be strangers', what
+// follows them as `rest` is ours.
 
 const axisWidth = 52;
 
@@ -33,8 +34,9 @@ class Chart {
 
   entryOf(line) {
     line.value = make('span', {class: 'value'});
-    const entry = make('button', {type: 'button', class: 'entry', title: `${line.label}: show or hide`},
-      swatch(line.colour), make('span', {class: 'label'}, line.label), line.value);
+    const entry = make('button', {type: 'button', class: 'entry', title: `Show or hide: ${line.label}`},
+      swatch(line.colour), make('span', {class: 'label'}, foreign(line.label)),
+      line.rest ? make('span', {class: 'rest'}, line.rest) : null, line.value);
     const tell = () => entry.setAttribute('aria-pressed', String(!line.hidden));
     tell();
     if (line.dash) entry.firstChild.classList.add('dashed');

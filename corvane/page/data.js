@@ -3,7 +3,7 @@
 const arrayTypes = {f32: Float32Array, f64: Float64Array, u32: Uint32Array};
 
 function readPage() {
-  const head = JSON.parse(document.getElementById('head').textContent);
+  const head = JSON.parse(withoutTurns(document.getElementById('head').textContent));
   const text = atob(document.getElementById('samples').textContent.trim());
   const bytes = new Uint8Array(text.length);
   for (let i = 0; i < text.length; i++) bytes[i] = text.charCodeAt(i);
@@ -16,22 +16,29 @@ function readPage() {
   return head;
 }
 
+/// Characters that turn the direction of the text around them, shown as marks.
+function withoutTurns(text) {
+  return text.replace(/[\u061c\u200e\u200f\u202a-\u202e\u2066-\u2069]/g, '\ufffd');
+}
+
 /// A series of samples, or of buckets with the least, mean and largest of their samples.
 /// `time[i]` is the end of what a value stands for, `begin(i)` where that begins: at the same
-/// moment for a state, a period or a bucket earlier for all else.
+/// moment for a state, a period or a bucket earlier for all else. `of`: {period} of its source in
+/// seconds, {isThere(moment)} for what lives, {pause} in periods beyond which samples are missing.
 class Series {
-  constructor(packed, arrayOf, meaning) {
+  constructor(packed, arrayOf, meaning, {period, isThere = () => true, pause = 12.5} = {}) {
     this.exact = !packed.step;
     this.step = packed.step || 0;
     this.meaning = meaning;
+    this.isThere = isThere;
     this.high = arrayOf(packed.high);
     this.low = packed.low ? arrayOf(packed.low) : this.high;
     this.mid = packed.mean ? arrayOf(packed.mean) : this.high;
     this.time = packed.time ? arrayOf(packed.time)
       : Float64Array.from(this.high, (_, i) => packed.from + (i + 1) * packed.step);
-    this.usual = this.exact ? middleStep(this.time) : this.step;
+    this.usual = this.exact ? period || middleStep(this.time) : this.step;
     // A period that was long is one all the same; between states that lie far apart nothing is known.
-    this.pause = (!this.exact ? 2.5 : meaning === 'state' ? 3.5 : 12.5) * this.usual;
+    this.pause = (!this.exact ? 2.5 : meaning === 'state' ? 3.5 : pause) * this.usual;
   }
 
   get length() {
@@ -63,11 +70,12 @@ class Series {
 
   /// The place of the value that holds at the moment, or -1.
   at(moment) {
+    if (!this.isThere(moment)) return -1;
     const next = this.place(moment);
     if (this.exact && this.meaning === 'state') return this.nearest(moment, next);
-    if (next === this.length) return this.exact && this.nearest(moment, next) === next - 1 ? next - 1 : -1;
-    if (!this.exact) return this.begin(next) <= moment ? next : -1;
-    return this.startsAnew(next) && this.time[next] - moment > this.pause / 2 ? -1 : next;
+    if (next < this.length) return this.begin(next) <= moment ? next : -1;
+    // The last sample holds as long as the next one would have taken.
+    return this.exact && next > 0 && moment - this.time[next - 1] <= this.usual ? next - 1 : -1;
   }
 
   nearest(moment, next) {
@@ -102,17 +110,41 @@ function middleStep(times) {
 
 /// Puts series in place of their packed form, once each is asked for.
 function unpackRun(run, arrayOf) {
-  const lazily = (packed, meaning) => {
+  const lazily = (packed, meaning, of) => {
     let series;
-    return () => (series ??= packed ? new Series(packed, arrayOf, meaning) : null);
+    return () => (series ??= packed ? new Series(packed, arrayOf, meaning, of) : null);
   };
   run.metrics.forEach((metric) => { metric.series = lazily(metric.series, metric.meaning); });
+  const cpuPeriod = periodOf(run, 'proc', 'cpu', arrayOf);
+  const pssPeriod = periodOf(run, 'procmem', 'pss', arrayOf);
   for (const process of [...run.processes, ...run.names]) {
+    const isOne = 'pid' in process;
     process.run = run;
-    process.cpu = lazily(process.cpu, 'ofPeriod');
-    process.pss = lazily(process.pss, 'state');
+    process.isThere = isOne ? (moment) => isAlive(process, moment, cpuPeriod) : () => true;
+    const of = {isThere: process.isThere, pause: isOne ? 12.5 : 2.5};
+    process.cpu = lazily(process.cpu, 'ofPeriod', {...of, period: cpuPeriod});
+    process.pss = lazily(process.pss, 'state', {...of, period: pssPeriod});
   }
   const {moments} = run;
   for (const name of ['end', 'seconds', 'first', 'who', 'share']) moments[name] = arrayOf(moments[name]);
   return run;
+}
+
+/// Seconds from sample to sample of a listing of processes: as asked for, or longer where they came
+/// later than that.
+function periodOf(run, word, key, arrayOf) {
+  const source = run.run.sources.find((other) => other.source === word);
+  const exact = run.processes.map((process) => process[key]).filter((packed) => packed && !packed.step);
+  const longest = exact.reduce((most, {time}) => (time[1] > most[1] ? time : most), [0, 0]);
+  const found = longest[1] >= 8 ? middleStep(arrayOf(longest)) : 0;
+  return Math.max(((source && source.period_ms) || 0) / 1000, found) || 1;
+}
+
+/// Whether the process was there: from the period of its first sample to its last one, and on to
+/// the end of the run where it outlived that.
+function isAlive(process, moment, period) {
+  const {first, last, alive} = process;
+  if (moment > last + (alive ? period : 0) || moment < first - period) return false;
+  const cpu = process.cpu();
+  return moment >= first || !cpu || !cpu.exact || moment >= cpu.begin(0);
 }

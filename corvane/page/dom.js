@@ -11,6 +11,11 @@ function make(tag, attributes = {}, ...children) {
   return element;
 }
 
+/// Text of strangers beside other text, whose order it must not turn.
+function foreign(text) {
+  return make('bdi', {}, text);
+}
+
 function setText(element, text) {
   if (element.textContent !== text) element.textContent = text;
 }

@@ -62,7 +62,7 @@ void addRecording(Facts& facts, const runs::Metadata& metadata) {
     facts.add("Command ended", endingOf(metadata.command->ending));
   }
   for (const auto& [name, value] : metadata.labels)
-    facts.add(name, value);
+    facts.add("Label " + name, value);
   facts.add("Profiler", joined(metadata.profiler.arguments));
   facts.add("Version", metadata.profiler.version);
   facts.add("Library", metadata.profiler.monitorLibrary);

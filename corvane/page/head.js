@@ -4,10 +4,11 @@ function headOf(runs) {
   const [run] = runs;
   const title = runs.length > 1 ? `${runs.length} runs` : run.label;
   document.title = `${title} · corvane`;
-  const parts = runs.length > 1 ? [] : [...run.about.machine, startOf(run), duration(run.run.seconds)];
+  const parts = runs.length > 1 ? []
+    : [...run.about.machine.filter(Boolean).map(foreign), startOf(run), duration(run.run.seconds)];
   return make('header', {class: 'page-head'},
     make('p', {class: 'brand'}, 'corvane'), make('h1', {}, title),
-    make('p', {class: 'facts'}, parts.filter(Boolean).join(' · ')),
+    make('p', {class: 'facts'}, parts.filter(Boolean).flatMap((part, i) => (i ? [' · ', part] : [part]))),
     runs.length > 1 ? runList(runs) : null);
 }
 
@@ -18,7 +19,7 @@ function startOf(run) {
 
 function runList(runs) {
   return make('ul', {class: 'runs'}, runs.map((run) => make('li', {}, swatch(run.colour),
-    make('b', {}, run.label), [startOf(run), duration(run.run.seconds)].filter(Boolean).join(' · '))));
+    make('b', {}, foreign(run.label)), [startOf(run), duration(run.run.seconds)].filter(Boolean).join(' · '))));
 }
 
 /// How it was recorded: what the metadata say, the sources, what could not be measured.

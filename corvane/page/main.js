@@ -19,7 +19,8 @@ function start() {
   const charts = panels.map((panel) => new Chart(panel, timeline, clock, marks));
   const moment = new Moment(runs, timeline, clock, drawn);
   moment.element.hidden = !runs.some((run) => run.processes.length);
-  const overview = new Overview(timeline, clock, overviewLines(runs), marks);
+  const overview = new Overview(timeline, clock, overviewLines(runs), marks,
+    Math.max(...runs.map((run) => run.run.seconds)));
   const given = page.tables.map(givenTable);
   const tables = [...processTables(runs, drawn, clock), figuresTable(runs)];
 
@@ -99,6 +100,7 @@ function endsOf(runs) {
     .concat(run.processes.flatMap((process) => [process.cpu(), process.pss()]))
     .filter((series) => series && series.length)
     .map((series) => [series.begin(0), series.time[series.length - 1]]));
+  times.push(...runs.map((run) => run.ends));
   const first = Math.min(...times.map(([begin]) => begin));
   const last = Math.max(...times.map(([, end]) => end));
   return Number.isFinite(first) && last > first ? {first, last} : {first: 0, last: 1};

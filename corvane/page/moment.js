@@ -66,14 +66,16 @@ function processesAt(run, moment) {
   for (const process of run.processes) {
     const cpu = valueAt(process.cpu(), moment);
     const pss = valueAt(process.pss(), moment);
-    const idle = process.cpu_peak === 0 && process.first <= moment && moment <= process.last;
+    const idle = process.cpu_peak === 0 && process.isThere(moment);
     const share = idle ? 0 : cpu && cpu.exact ? cpu.value : null;
     if (!cpu && !pss) continue;
     rows.set(process, {pid: process.pid, name: process.name, process, share, pss: pss && pss.value});
   }
-  for (const {pid, name, share, length} of usersAt(run.moments, moment)) {
-    const process = run.processes.find((other) => other.pid === pid && other.first - length <= moment
-      && moment <= other.last + length) || null;
+  for (const {pid, name, share, length, end} of usersAt(run.moments, moment)) {
+    const known = run.processes.filter((other) => other.pid === pid && other.last > end - length
+      && other.first <= end);
+    const process = known.find((other) => other.isThere(moment)) || null;
+    if (!process && known.some((other) => other.name === name)) continue;  // before or after its life
     const row = process && rows.get(process);
     if (row && row.share !== null) continue;
     step = Math.max(step, length);
@@ -104,7 +106,7 @@ function usersAt({end, seconds, first, who, share, people, step}, moment) {
   const users = [];
   for (let i = first[place]; i < (first[place + 1] ?? who.length); i++) {
     const [pid, name] = people[who[i]];
-    users.push({pid, name, share: share[i], length});
+    users.push({pid, name, share: share[i], length, end: end[place]});
   }
   return users;
 }

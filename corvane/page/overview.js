@@ -2,8 +2,9 @@
 // looked at; buttons for who does not drag.
 
 class Overview {
-  constructor(timeline, clock, series, marks) {
-    Object.assign(this, {timeline, clock, series});
+  /// `seconds` is how long all of it is, as the head tells it.
+  constructor(timeline, clock, series, marks, seconds) {
+    Object.assign(this, {timeline, clock, series, seconds});
     this.canvas = make('canvas', {'aria-hidden': 'true'});
     this.window = make('div', {class: 'window'});
     this.cursor = make('div', {class: 'cursor', hidden: true});
@@ -12,7 +13,7 @@ class Overview {
     this.readout = make('output', {class: 'readout', 'aria-live': 'off'});
     const button = (text, title, action) =>
       make('button', {type: 'button', title, 'aria-label': title, onclick: action}, text);
-    this.whole = button('Whole run', 'Whole run (0)', () => timeline.reset());
+    this.whole = button('All', 'All of it (0)', () => timeline.reset());
     this.element = make('nav', {class: 'overview', 'aria-label': 'Time'}, this.strip,
       make('div', {class: 'controls'}, this.readout,
         button('←', 'Earlier (Shift ←)', () => timeline.pan(-0.5)),
@@ -87,7 +88,7 @@ class Overview {
     this.cursor.hidden = moment === null;
     if (moment !== null) this.cursor.style.left = share(moment);
     const text = (time) => momentText(this.clock, time, to - from);
-    const stretch = this.timeline.isWhole() ? `whole run, ${duration(last - first)}`
+    const stretch = this.timeline.isWhole() ? `all ${duration(this.seconds)}`
       : `${text(from)} to ${text(to)} · ${duration(to - from)}`;
     setText(this.readout, moment === null ? stretch : `${text(moment)}${pinned ? ' held' : ''} · ${stretch}`);
   }

@@ -70,7 +70,8 @@ function unitPanel(entry, unit, found, runs) {
   const lines = ordered.map(({run, metric}) => {
     const rank = ranks.get(keyOf(metric));
     return {
-      label: labelOf(metric, entry.labels, active) + (several ? ` · ${run.label}` : ''),
+      label: labelOf(metric, entry.labels, active),
+      rest: several ? ['· ', foreign(run.label)] : null,
       series: metric.series(),
       colour: several ? run.colour : rank,
       dash: several ? dashes[rank % dashes.length] : null,

@@ -51,7 +51,9 @@ class Drawn {
       const order = this.several ? (nth.get(process.run) || 0) : Math.floor(this.slotOf(process) / 8);
       nth.set(process.run, order + 1);
       return {
-        label: process.pid ? `${process.name} ${process.pid}` : `${process.name} (all ${process.processes})`,
+        label: process.name,
+        rest: [process.pid ? String(process.pid) : `(all ${process.processes})`,
+          this.several ? [' · ', foreign(process.run.label)] : []].flat(),
         series: process[kind](),
         colour: this.colourOf(process),
         dash: dashes[order % dashes.length],

@@ -124,12 +124,15 @@ void ReportPage::add(const runs::RunSummary& run, const std::string& label,
                      std::optional<int> side) {
   Json shown = Json::parse(showJson(run));
   shown["label"] = label;
+  shown["ends"] = {run.first, run.last};
   shown["side"] = side ? Json(*side) : Json();
   for (std::size_t i = 0; i < run.metrics.size(); ++i) {
     shown["metrics"][i]["meaning"] = wordOf(run.metrics[i].meaning);
     shown["metrics"][i]["series"] = packSeries(run.metrics[i].envelope, samples_);
   }
   addProcessSeries(shown["processes"], run.processes, samples_);
+  for (std::size_t i = 0; i < run.processes.size(); ++i)
+    shown["processes"][i]["alive"] = run.processes[i].alive;
   addProcessSeries(shown["names"], run.names, samples_);
   shown["moments"] = packMoments(run.moments, samples_);
   shown["about"] = factsOf(run.metadata);

@@ -73,7 +73,7 @@ class Table {
     setText(this.count, rows.length === all ? `${all}` : `${rows.length} of ${all}`);
     const left = rows.length - this.limit;
     this.more.hidden = left <= 0;
-    setText(this.more, `${Math.min(left, moreRows)} more of ${left}`);
+    setText(this.more, `${Math.min(left, moreRows)} more of ${rows.length}`);
   }
 
   lineOf(row) {

@@ -49,10 +49,10 @@ function trafficTile(run, {source, target, name, words}) {
   const outside = moving.filter(({entity}) => entity !== 'lo');
   const [peak] = (outside.length ? outside : moving).sort((one, other) => other.max - one.max);
   return peak ? tile(target, `${name}, peak`, quantity(peak.max, peak.unit),
-    `${words[peak.metric]}, ${peak.entity}; mean ${quantity(peak.mean, peak.unit)}`) : null;
+    [`${words[peak.metric]}, `, foreign(peak.entity), `; mean ${quantity(peak.mean, peak.unit)}`]) : null;
 }
 
 function processTile(run, key, name, unit) {
   const [top] = topOf(run.processes, key, 1);
-  return top ? tile('processes', name, quantity(top[key], unit), `${top.name} ${top.pid}`) : null;
+  return top ? tile('processes', name, quantity(top[key], unit), [foreign(top.name), ` ${top.pid}`]) : null;
 }

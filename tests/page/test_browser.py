@@ -49,6 +49,23 @@ def test_a_spike_has_a_name(open_page, spike):
     page.wait("return !document.querySelector('.moment.pinned')")
 
 
+@pytest.mark.parametrize("period", [1, 0.1])
+def test_nobody_is_named_before_or_after_its_life(open_page, tmp_path, period):
+    run = MadeRun(tmp_path, "short-lived")
+    lives = {100: range(1, 41), 200: [10], 300: [20, 21, 22]}
+    there = [(i, [pid for pid, life in lives.items() if i in life]) for i in range(1, 41)]
+    run.cpu((i * period, [50, 20]) for i in range(1, 41))
+    run.processes([(i * period, [(pid, f"p{pid}", 0.9 * i * period, 95.3) for pid in pids]) for i, pids in there])
+    run.process_memory([(i * period, [(pid, f"p{pid}", 5000) for pid in pids]) for i, pids in there])
+    page = open_page(make_page(tmp_path / "page.html", run.folder))
+    for place, named in ((2, []), (8.5, []), (9.5, [200]), (10.5, []), (12, []), (18.5, []), (19.5, [300]),
+                         (21.5, [300]), (22.5, []), (24, []), (39.8, [])):
+        page.pointer("#cores", ("move", place / 40))
+        page.wait("return Math.abs(document.querySelector('.moment').dataset.moment - arguments[0]) < arguments[1]",
+                  place * period, 0.2 * period)
+        assert sorted(page.texts(".moment tbody td:first-child")) == [str(pid) for pid in [100, *named]], place
+
+
 def test_zoom_on_one_panel_moves_all(open_page, spike):
     page = open_page(spike)
     page.pointer("#memory", ("move", 0.5), ("down", 0.5), ("move", 0.6), ("move", 0.7), ("up", 0.7))
@@ -77,9 +94,9 @@ def test_sorts_filters_and_draws(open_page, spike):
     assert page.run(names) == ["growing"]
     assert page.texts("#growing tbody .name") == ["growing"]
     page.see("#processes-cpu")
-    before = page.texts("#processes-cpu .entry .label")
+    before = page.texts("#processes-cpu .entry .rest")
     page.run("document.querySelector('#names tbody tr:nth-child(2)').click()")
-    assert set(page.texts("#processes-cpu .entry .label")) - set(before) == {"growing (all 1)"}
+    assert set(page.texts("#processes-cpu .entry .rest")) - set(before) == {"(all 1)"}
 
 
 @pytest.mark.parametrize("width, dark", [(1440, False), (1440, True), (400, False), (400, True)])
@@ -112,6 +129,30 @@ def test_hostile_names_are_text(open_page, tmp_path):
     page.picture("hostile")
 
 
+def test_names_do_not_turn_what_stands_beside_them(open_page, tmp_path):
+    turned, hebrew = "\u202egnp.exe", "\u05d0\u05d1\u05d2"
+    run = spike_run(tmp_path, "turned", names=(hebrew, turned, "last"), interface=hebrew)
+    MadeRun.metadata(MadeRun(tmp_path / "other", "turned"), "2026-11-23T22:59:30+00:00", hebrew)
+    (tmp_path / "other/turned.run.json").rename(tmp_path / "turned.run.json")
+    page = open_page(make_page(tmp_path / "page.html", run))
+    places = """return [...document.querySelectorAll('.facts, .tile-rest, .entry')].map((element) => {
+        const texts = document.createTreeWalker(element, NodeFilter.SHOW_TEXT), places = [], range = new Range();
+        for (let text; (text = texts.nextNode());) {
+          const whole = text.parentNode.tagName === 'BDI';
+          for (let i = 0; i < (whole ? 1 : text.length); i++) {
+            range.setStart(text, whole ? 0 : i);
+            range.setEnd(text, whole ? text.length : i + 1);
+            if (range.toString().trim()) places.push(Math.round(range.getBoundingClientRect().top / 8) * 1e5
+              + range.getBoundingClientRect().left);
+          }
+        }
+        return places.every((place, i) => i === 0 || place >= places[i - 1]) ? '' : element.textContent;
+      }).filter(Boolean)"""
+    assert page.run(places) == []
+    assert sorted(page.texts("#processes tbody .name")) == sorted(["last", "\ufffdgnp.exe", hebrew])
+    page.picture("turned")
+
+
 def test_tells_where_and_when_it_was_recorded(open_page, tmp_path):
     run = MadeRun(tmp_path, "told")
     run.cpu((t, [50, 20]) for t in range(1, 61))
@@ -131,9 +172,10 @@ def test_tells_where_and_when_it_was_recorded(open_page, tmp_path):
 
 
 def test_several_runs_lie_over_each_other(open_page, tmp_path):
-    short, long = spike_run(tmp_path, "short"), spike_run(tmp_path, "long", seconds=90, spike=70)
+    short, long = spike_run(tmp_path / "1", "run"), spike_run(tmp_path / "2", "run", seconds=90, spike=70)
     page = open_page(make_page(tmp_path / "page.html", short, long))
-    assert page.texts("#cores .entry .label") == ["all cores · short", "all cores · long"]
+    assert page.texts("#cores .entry .rest") == [f"· {short}", f"· {long}"]
+    assert {text.split(" · ")[1] for text in page.texts("#processes-cpu .entry .rest")} == {str(short), str(long)}
     colours = page.run("""return ['#cores .swatch', '#processes-cpu .swatch'].map((patches) =>
         new Set([...document.querySelectorAll(patches)].map((patch) => patch.style.background)).size)""")
     assert colours == [2, 2]
