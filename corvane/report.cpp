@@ -11,14 +11,25 @@ namespace {
 
 constexpr runs::Detail everything{.envelopes = true, .processEnvelopes = true, .moments = true};
 
-/// What each run is called: where two folders have one name, the paths as they were given.
+/// What each run is called: its folder's name, with the folders above it that tell it from others
+/// of the same name.
 std::vector<std::string> labelsOf(const std::vector<std::filesystem::path>& folders) {
-  std::vector<std::string> names, labels;
-  for (const auto& folder : folders)
-    names.push_back(labelOf(folder));
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    const bool alone = std::ranges::count(names, names[i]) == 1;
-    labels.push_back(alone ? names[i] : folders[i].string());
+  std::vector<std::string> labels;
+  std::vector<std::filesystem::path> above;
+  for (const auto& folder : folders) {
+    labels.push_back(labelOf(folder));
+    const auto whole = std::filesystem::absolute(folder).lexically_normal();
+    above.push_back((whole.has_filename() ? whole : whole.parent_path()).parent_path());
+  }
+  for (bool longer = true; longer;) {
+    longer = false;
+    const auto before = labels;
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+      if (std::ranges::count(before, before[i]) == 1 || !above[i].has_filename()) continue;
+      labels[i] = above[i].filename().string().append("/").append(labels[i]);
+      above[i] = above[i].parent_path();
+      longer = true;
+    }
   }
   return labels;
 }

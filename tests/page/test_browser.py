@@ -132,7 +132,7 @@ def test_hostile_names_are_text(open_page, tmp_path):
 def test_names_do_not_turn_what_stands_beside_them(open_page, tmp_path):
     turned, hebrew = "\u202egnp.exe", "\u05d0\u05d1\u05d2"
     run = spike_run(tmp_path, "turned", names=(hebrew, turned, "last"), interface=hebrew)
-    MadeRun.metadata(MadeRun(tmp_path / "other", "turned"), "2026-11-23T22:59:30+00:00", hebrew)
+    MadeRun.metadata(MadeRun(tmp_path / "other", "turned"), "2026-11-23T22:59:30.000000000Z", hebrew)
     (tmp_path / "other/turned.run.json").rename(tmp_path / "turned.run.json")
     page = open_page(make_page(tmp_path / "page.html", run))
     places = """return [...document.querySelectorAll('.facts, .tile-rest, .entry')].map((element) => {
@@ -174,8 +174,8 @@ def test_tells_where_and_when_it_was_recorded(open_page, tmp_path):
 def test_several_runs_lie_over_each_other(open_page, tmp_path):
     short, long = spike_run(tmp_path / "1", "run"), spike_run(tmp_path / "2", "run", seconds=90, spike=70)
     page = open_page(make_page(tmp_path / "page.html", short, long))
-    assert page.texts("#cores .entry .rest") == [f"· {short}", f"· {long}"]
-    assert {text.split(" · ")[1] for text in page.texts("#processes-cpu .entry .rest")} == {str(short), str(long)}
+    assert page.texts("#cores .entry .rest") == ["· 1/run", "· 2/run"]
+    assert {text.split(" · ")[1] for text in page.texts("#processes-cpu .entry .rest")} == {"1/run", "2/run"}
     colours = page.run("""return ['#cores .swatch', '#processes-cpu .swatch'].map((patches) =>
         new Set([...document.querySelectorAll(patches)].map((patch) => patch.style.background)).size)""")
     assert colours == [2, 2]
