@@ -124,8 +124,8 @@ void ReportPage::add(const runs::RunSummary& run, const std::string& label,
                      std::optional<int> side) {
   Json shown = Json::parse(showJson(run));
   shown["label"] = label;
-  shown["ends"] = {run.first, run.last};
   shown["side"] = side ? Json(*side) : Json();
+  shown["ends"] = {run.first, run.last};
   for (std::size_t i = 0; i < run.metrics.size(); ++i) {
     shown["metrics"][i]["meaning"] = wordOf(run.metrics[i].meaning);
     shown["metrics"][i]["series"] = packSeries(run.metrics[i].envelope, samples_);
