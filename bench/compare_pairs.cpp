@@ -1,7 +1,9 @@
 // How often `corvane compare` is wrong about pairs of runs of which it is known whether they
 // differ: series that keep the share r of each sample for the next one, with a standard deviation
-// of 1. Usage: compare_pairs [PAIRS]. A line a case: runs a side, r, samples, pairs with a verdict,
-// of those called changed where nothing is, and found where all samples are shifted.
+// of 1. Usage: compare_pairs [PAIRS]. A line a case: runs a side, r, samples; of pairs that are the
+// same: those with an interval, % of them sure of any change, those with a verdict, % of them
+// called changed; % found where all samples are shifted. Then one run against several that differ
+// among each other: "1:5", the last two percentages of all pairs.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -12,10 +14,11 @@
 namespace {
 
 struct Case {
-  int runs;
+  int base, fresh;  // runs
   double r;
   int samples;
-  double shift;  // in standard deviations of a sample
+  double shift;       // in standard deviations of a sample
+  double spread = 0;  // of the runs' levels, likewise
 };
 
 class Machine {
@@ -25,6 +28,7 @@ class Machine {
     series.source = "cpu";
     series.metric = "TotalCPU";
     series.unit = "%";
+    level += one.spread * normal_(random_);
     double value = normal_(random_);
     for (int at = 1; at <= one.samples; ++at) {
       series.statistics.add(level + value);
@@ -42,32 +46,52 @@ class Machine {
   std::normal_distribution<double> normal_;
 };
 
-Verdict verdictOn(Machine& machine, const Case& one, double shift) {
-  constexpr double level = 50;
-  Sides sides;
-  for (int run = 0; run < one.runs; ++run) {
-    sides.add(Sides::base, machine.run(one, level));
-    sides.add(Sides::fresh, machine.run(one, level + shift));
-  }
-  return sides.compare({}).front().verdict;
+struct Found {
+  int intervals = 0, sure = 0;    // whatever the size of the change
+  int verdicts = 0, changed = 0;  // with --at-least as it is unless set
+};
+
+bool isChange(Verdict verdict) {
+  return verdict == Verdict::better || verdict == Verdict::worse;
 }
 
-struct Found {
-  int verdicts = 0, changed = 0;
-};
+void tryPair(Machine& machine, const Case& one, double shift, Found& found) {
+  constexpr double level = 50;
+  Sides sides;
+  for (int run = 0; run < one.base; ++run)
+    sides.add(Sides::base, machine.run(one, level));
+  for (int run = 0; run < one.fresh; ++run)
+    sides.add(Sides::fresh, machine.run(one, level + shift));
+  const auto any = sides.compare({.atLeastPercent = 0, .moreIsBetter = {}}).front();
+  const auto told = sides.compare({.atLeastPercent = 1, .moreIsBetter = {}}).front().verdict;
+  found.intervals += any.difference ? 1 : 0;
+  found.sure += isChange(any.verdict) ? 1 : 0;
+  found.verdicts += told != Verdict::inconclusive ? 1 : 0;
+  found.changed += isChange(told) ? 1 : 0;
+}
 
 Found findings(Machine& machine, const Case& one, double shift, int pairs) {
   Found found;
-  for (int pair = 0; pair < pairs; ++pair) {
-    const auto verdict = verdictOn(machine, one, shift);
-    found.verdicts += verdict != Verdict::inconclusive ? 1 : 0;
-    found.changed += verdict == Verdict::better || verdict == Verdict::worse ? 1 : 0;
-  }
+  for (int pair = 0; pair < pairs; ++pair)
+    tryPair(machine, one, shift, found);
   return found;
 }
 
 double percent(int part, int all) {
   return all == 0 ? 0 : 100.0 * part / all;
+}
+
+void tell(Machine& machine, const Case& one, int pairs) {
+  const auto same = findings(machine, one, 0, pairs);
+  const auto other = findings(machine, one, one.shift, pairs);
+  const bool equal = one.base == one.fresh;
+  std::printf("%d", one.base);
+  if (!equal) std::printf(":%d", one.fresh);
+  std::printf(" %.2f %d %d %.1f %d %.1f %.1f\n", one.r, one.samples, same.intervals,
+              percent(same.sure, same.intervals), same.verdicts,
+              percent(same.changed, equal ? same.verdicts : pairs),
+              percent(other.changed, equal ? other.verdicts : pairs));
+  std::fflush(stdout);
 }
 
 }  // namespace
@@ -77,14 +101,17 @@ int main(int argc, char** argv) {
   Machine machine;
   for (const int runs : {1, 5}) {
     for (const double r : {0.0, 0.5, 0.9, 0.97}) {
-      for (const int samples : {60, 600, 3600}) {
-        const Case one{.runs = runs, .r = r, .samples = samples, .shift = runs == 1 ? 1.0 : 2.0};
-        const auto same = findings(machine, one, 0, pairs);
-        const auto other = findings(machine, one, one.shift, pairs);
-        std::printf("%d %.2f %d %d %.1f %.1f\n", runs, r, samples, same.verdicts,
-                    percent(same.changed, same.verdicts), percent(other.changed, other.verdicts));
-        std::fflush(stdout);
-      }
+      for (const int samples : {60, 600, 3600})
+        tell(machine,
+             {.base = runs,
+              .fresh = runs,
+              .r = r,
+              .samples = samples,
+              .shift = runs == 1 ? 1.0 : 2.0},
+             pairs);
     }
   }
+  for (const int several : {2, 5, 10})
+    tell(machine, {.base = 1, .fresh = several, .r = 0.5, .samples = 300, .shift = 10, .spread = 2},
+         pairs);
 }

@@ -20,7 +20,7 @@ _corvane() {
       mapfile -t COMPREPLY < <(compgen -f -- "$word")
       return
       ;;
-    --from | --to | --max-mb | --process | --for | --name | --label | --mark) return ;;
+    --from | --to | --max-mb | --process | --for | --name | --label | --mark | --at-least | --more-is-better | --fail-if) return ;;
   esac
   # What stands after -- is a command of its own.
   if [[ ${COMP_WORDS[1]} == record && " ${COMP_WORDS[*]:2:COMP_CWORD-2} " == *" -- "* ]]; then

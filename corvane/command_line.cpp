@@ -63,6 +63,18 @@ void addShow(CLI::App& app, ShowOptions& options, Chosen& chosen) {
   command->callback([&] { chosen.run = [&] { return show(options); }; });
 }
 
+/// Leaves the number of "2%" or "2 %" or "2"; a word on it where it is none.
+std::string readShare(std::string& text) {
+  std::string number = text.ends_with('%') ? text.substr(0, text.size() - 1) : text;
+  number.erase(number.find_last_not_of(' ') + 1);
+  const bool plain = number.find_first_not_of(".0123456789") == number.npos &&
+                     number.find_first_of("0123456789") != number.npos &&
+                     std::ranges::count(number, '.') <= 1;
+  if (!plain) return "'" + text + "' is no share of the base value, such as 2%";
+  text = number;
+  return "";
+}
+
 void addCompare(CLI::App& app, CompareOptions& options, Chosen& chosen) {
   auto* const command =
       app.add_subcommand("compare", "What differs between two sides of runs, beyond chance");
@@ -76,13 +88,7 @@ void addCompare(CLI::App& app, CompareOptions& options, Chosen& chosen) {
       ->add_option("--at-least", options.atLeastPercent,
                    "Tell changes of at least so much of the base value (1% unless set)")
       ->type_name("N%")
-      ->transform(CLI::Validator(
-          [](std::string& text) {
-            if (text.ends_with('%')) text.pop_back();
-            return std::string();
-          },
-          ""))
-      ->check(CLI::NonNegativeNumber);
+      ->transform(CLI::Validator(readShare, ""));
   command
       ->add_option("--more-is-better", options.moreIsBetter,
                    "More of this metric is better; may be repeated")

@@ -1,15 +1,19 @@
 #include "compare.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <glob.h>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <set>
 #include <span>
 
+#include "compare/closest_figures.h"
 #include "compare/comparison.h"
 #include "compare/condition_check.h"
+#include "compare/judge.h"
 #include "compare/settings.h"
 #include "compare/verdicts.h"
 #include "message.h"
@@ -35,6 +39,51 @@ std::vector<std::string> expanded(const std::vector<std::string>& words) {
   return folders;
 }
 
+/// Without those that were named before, which would count as further runs.
+std::vector<std::string> eachOnce(const std::vector<std::string>& folders) {
+  std::set<std::filesystem::path> seen;
+  std::vector<std::string> left;
+  for (const auto& folder : folders) {
+    std::error_code error;
+    if (seen.insert(std::filesystem::weakly_canonical(folder, error)).second || error)
+      left.push_back(folder);
+  }
+  if (left.size() < folders.size())
+    message("runs named more than once count once: " + std::to_string(left.size()) + " of " +
+            std::to_string(folders.size()));
+  return left;
+}
+
+/// Says which runs are on both sides, where nothing can differ.
+void tellShared(const std::vector<std::string>& base, const std::vector<std::string>& fresh) {
+  std::vector<std::string> shared;
+  for (const auto& one : base) {
+    std::error_code error;
+    if (std::ranges::any_of(fresh, [&](const std::string& other) {
+          return std::filesystem::equivalent(one, other, error);
+        }))
+      shared.push_back(one);
+  }
+  if (!shared.empty()) message("on both sides: " + listed(shared, ", "));
+}
+
+/// False, after a message, where a metric of which more is better is none that was compared.
+bool areCompared(const std::vector<std::string>& told, const std::vector<Compared>& figures) {
+  for (const auto& said : told) {
+    const bool isAny = std::ranges::any_of(
+        figures, [&](const Compared& figure) { return isCalled(figure.key, said); });
+    if (isAny) continue;
+    const bool withSource = said.find('.') != said.npos;
+    std::set<std::string> names;
+    for (const auto& figure : figures)
+      names.insert((withSource ? figure.key.source + "." : "") + figure.key.metric);
+    message("--more-is-better " + said + ": no metric of both sides is called so" +
+            closestFigures(said, {names.begin(), names.end()}));
+    return false;
+  }
+  return true;
+}
+
 /// Reads the runs of both sides, each once, and hands them on to all that want to know of them.
 class Reading {
  public:
@@ -46,14 +95,23 @@ class Reading {
 
   /// False, after a message, where there is nothing to compare.
   bool read() {
-    return conditions_.parse(options_.failIf) && readSide(Sides::base, options_.base) &&
-           readSide(Sides::fresh, options_.fresh);
+    if (!conditions_.parse(options_.failIf)) return false;
+    const auto base = eachOnce(expanded(options_.base));
+    const auto fresh = eachOnce(expanded(options_.fresh));
+    tellShared(base, fresh);
+    return readSide(Sides::base, base) && readSide(Sides::fresh, fresh);
   }
   Comparison compare() const {
     Comparison result;
     for (const auto side : {Sides::base, Sides::fresh})
       result.runs[side] = folders_[side];
     result.settings = settings_.differences();
+    for (const auto side : {Sides::base, Sides::fresh}) {
+      const auto only = sides_.onlyOn(side);
+      if (!only.empty())
+        result.settings.push_back(std::string("only ") + (side == Sides::base ? "base" : "new") +
+                                  " has " + listed(only, ", "));
+    }
     result.figures = sides_.compare(
         {.atLeastPercent = options_.atLeastPercent, .moreIsBetter = options_.moreIsBetter});
     result.conditions = conditions_.outcomes();
@@ -69,11 +127,9 @@ class Reading {
   const ConditionCheck& conditions() const { return conditions_; }
 
  private:
-  bool readSide(Sides::Side side, const std::vector<std::string>& words) {
-    for (const auto& folder : expanded(words)) {
-      if (!readOne(side, folder)) return false;
-    }
-    return true;
+  bool readSide(Sides::Side side, const std::vector<std::string>& folders) {
+    return std::ranges::all_of(folders,
+                               [&](const std::string& folder) { return readOne(side, folder); });
   }
   bool readOne(Sides::Side side, const std::string& folder) {
     if (chosenRun(folder).empty()) return false;
@@ -104,6 +160,11 @@ int compare(const CompareOptions& options) {
   Reading reading(options);
   if (!reading.read()) return Status::wrongUse;
   const auto comparison = reading.compare();
+  if (comparison.figures.empty()) {
+    message("the sides have nothing in common that could be compared");
+    return Status::wrongUse;
+  }
+  if (!areCompared(options.moreIsBetter, comparison.figures)) return Status::wrongUse;
   const auto text =
       options.json ? comparisonJson(comparison) : comparisonText(comparison, options.all);
   std::fwrite(text.data(), 1, text.size(), stdout);

@@ -4,11 +4,7 @@
 #include <numeric>
 #include <utility>
 
-namespace {
-
-/// How many letters have to be changed, added, left out or swapped with the next one to get from
-/// one word to the other.
-std::size_t distance(const std::string& from, const std::string& to) {
+std::size_t editDistance(const std::string& from, const std::string& to) {
   std::vector<std::size_t> row(to.size() + 1), above, twoAbove;
   std::iota(row.begin(), row.end(), std::size_t{0});
   for (std::size_t i = 0; i < from.size(); ++i) {
@@ -24,12 +20,10 @@ std::size_t distance(const std::string& from, const std::string& to) {
   return row.back();
 }
 
-}  // namespace
-
 std::string suggestion(const std::string& word, const std::vector<std::string>& candidates) {
   const auto best = std::ranges::min_element(
-      candidates, {}, [&](const std::string& candidate) { return distance(word, candidate); });
+      candidates, {}, [&](const std::string& candidate) { return editDistance(word, candidate); });
   const auto close = std::max<std::size_t>(1, word.size() / 3);
-  if (best == candidates.end() || distance(word, *best) > close) return "";
+  if (best == candidates.end() || editDistance(word, *best) > close) return "";
   return "; did you mean " + *best + "?";
 }

@@ -20,7 +20,8 @@ Json figureOf(const Compared& figure) {
           {"low", difference ? Json(difference->low) : Json()},
           {"high", difference ? Json(difference->high) : Json()},
           {"p", difference ? Json(difference->p) : Json()},
-          {"verdict", nameOf(figure.verdict)}};
+          {"verdict", nameOf(figure.verdict)},
+          {"held_back", figure.heldBack}};
 }
 
 Json conditionOf(const ConditionCheck::Outcome& outcome) {

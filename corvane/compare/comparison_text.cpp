@@ -3,28 +3,12 @@
 #include <cstdio>
 
 #include "comparison.h"
+#include "number_text.h"
 #include "printable.h"
 
 namespace {
 
 constexpr std::size_t nameWidth = 23;
-
-/// Four significant digits, never an exponent for what a profiler measures.
-std::string number(double value) {
-  char text[40];
-  const double size = std::abs(value);
-  const int decimals = size >= 1000 ? 0 : size >= 100 ? 1 : size >= 10 ? 2 : size >= 1 ? 3 : 4;
-  std::snprintf(text, sizeof text, "%.*f", value == 0 ? 0 : decimals, value);
-  return text;
-}
-
-std::string percentText(const Compared& figure) {
-  const auto percent = figure.percent();
-  if (!percent) return figure.fresh == 0 ? "" : "from 0";
-  char text[40];
-  std::snprintf(text, sizeof text, std::abs(*percent) < 999.5 ? "%+.1f%%" : "%+.0f%%", *percent);
-  return text;
-}
 
 /// The interval as a share of the base value, which is how a change is thought of.
 std::string intervalText(const Compared& figure) {
@@ -36,7 +20,7 @@ std::string intervalText(const Compared& figure) {
                   figure.difference->high * scale);
     return text;
   }
-  return number(figure.difference->low) + ".." + number(figure.difference->high);
+  return numberText(figure.difference->low) + ".." + numberText(figure.difference->high);
 }
 
 std::string nameOfFigure(const FigureKey& key) {
@@ -50,8 +34,9 @@ std::string nameOfFigure(const FigureKey& key) {
 void addRow(std::string& text, const Compared& figure) {
   char row[256];
   std::snprintf(row, sizeof row, "%s %9s %9s %-4s %7s %16s %.6s\n",
-                printable(nameOfFigure(figure.key), nameWidth).c_str(), number(figure.base).c_str(),
-                number(figure.fresh).c_str(), figure.key.unit.c_str(), percentText(figure).c_str(),
+                printable(nameOfFigure(figure.key), nameWidth).c_str(),
+                numberText(figure.base).c_str(), numberText(figure.fresh).c_str(),
+                figure.key.unit.c_str(), changeText(figure.base, figure.fresh).c_str(),
                 intervalText(figure).c_str(),
                 figure.verdict == Verdict::inconclusive ? "?" : nameOf(figure.verdict).data());
   text += row;
@@ -90,6 +75,30 @@ double weight(const Compared& figure) {
   return percent ? std::abs(*percent) : HUGE_VAL;
 }
 
+void addRows(std::string& text, const std::vector<const Compared*>& rows) {
+  for (const auto* figure : rows)
+    addRow(text, *figure);
+  text += "\n";
+}
+
+/// What the figure's own test is sure of, but not among so many figures: the surest of them.
+void addHeldBack(std::string& text, std::vector<const Compared*> rows) {
+  constexpr std::size_t most = 5;
+  if (rows.empty()) return;
+  std::ranges::stable_sort(rows, [](const Compared* a, const Compared* b) {
+    if (a->difference->p != b->difference->p) return a->difference->p < b->difference->p;
+    return weight(*a) > weight(*b);
+  });
+  text += "May have changed, or by chance, among so many; more runs would tell:\n";
+  const std::size_t shown = std::min(most, rows.size());
+  const std::size_t more = rows.size() - shown;
+  rows.resize(shown);
+  addRows(text, rows);
+  if (more == 0) return;
+  text.pop_back();
+  text += "and " + std::to_string(more) + " more\n\n";
+}
+
 }  // namespace
 
 std::string comparisonText(const Comparison& comparison, bool all) {
@@ -97,10 +106,15 @@ std::string comparisonText(const Comparison& comparison, bool all) {
   addHead(text, comparison);
   Counts counts;
   std::vector<const Compared*> rows;
+  std::vector<const Compared*> heldBack;
   for (const auto& figure : comparison.figures) {
     ++counts.of[std::size_t(figure.verdict)];
     const bool changed = figure.verdict == Verdict::worse || figure.verdict == Verdict::better;
-    if (all || changed) rows.push_back(&figure);
+    if (all || changed) {
+      rows.push_back(&figure);
+    } else if (figure.heldBack) {
+      heldBack.push_back(&figure);
+    }
   }
   if (!all) {
     std::ranges::stable_sort(rows, [](const Compared* a, const Compared* b) {
@@ -108,11 +122,9 @@ std::string comparisonText(const Comparison& comparison, bool all) {
       return weight(*a) > weight(*b);
     });
   }
-  if (!rows.empty()) {
+  if (!rows.empty() || !heldBack.empty())
     text += "                             base       new       change    95 % interval\n";
-    for (const auto* figure : rows)
-      addRow(text, *figure);
-    text += "\n";
-  }
+  if (!rows.empty()) addRows(text, rows);
+  addHeldBack(text, heldBack);
   return text + countsText(counts);
 }

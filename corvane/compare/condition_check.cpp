@@ -1,9 +1,17 @@
 #include "condition_check.h"
 
-#include <cstdio>
-
+#include "closest_figures.h"
 #include "message.h"
-#include "suggestion.h"
+#include "number_text.h"
+
+namespace {
+
+/// Whether the change can be one of a figure in this unit.
+bool fits(const Condition& condition, std::string_view unit) {
+  return condition.unit.empty() || condition.unit == unit;
+}
+
+}  // namespace
 
 bool ConditionCheck::parse(const std::vector<std::string>& texts) {
   for (const auto& text : texts) {
@@ -13,7 +21,7 @@ bool ConditionCheck::parse(const std::vector<std::string>& texts) {
       message(std::string("--fail-if '").append(text).append("': ").append(problem));
       return false;
     }
-    watched_.push_back({.condition = std::move(*condition)});
+    watched_.push_back({.condition = std::move(*condition), .unit = ""});
   }
   return true;
 }
@@ -21,7 +29,8 @@ bool ConditionCheck::parse(const std::vector<std::string>& texts) {
 void ConditionCheck::add(Sides::Side side, const runs::RunSummary& run) {
   for (auto& watched : watched_) {
     if (const auto value = valueIn(run, watched.condition)) {
-      watched.sum[side] += *value;
+      watched.sum[side] += value->value;
+      watched.unit = value->unit;
       ++watched.count[side];
     }
     watched.named = watched.named || isNamedIn(run, watched.condition);
@@ -35,8 +44,9 @@ void ConditionCheck::add(Sides::Side side, const runs::RunSummary& run) {
 std::vector<ConditionCheck::Outcome> ConditionCheck::outcomes() const {
   std::vector<Outcome> outcomes;
   for (const auto& watched : watched_) {
-    Outcome outcome{.condition = &watched.condition};
-    if (watched.named && watched.count[Sides::base] != 0 && watched.count[Sides::fresh] != 0) {
+    Outcome outcome{.condition = &watched.condition, .unit = watched.unit};
+    if (watched.named && watched.count[Sides::base] != 0 && watched.count[Sides::fresh] != 0 &&
+        fits(watched.condition, watched.unit)) {
       outcome.known = true;
       outcome.base = watched.sum[Sides::base] / double(watched.count[Sides::base]);
       outcome.fresh = watched.sum[Sides::fresh] / double(watched.count[Sides::fresh]);
@@ -47,21 +57,32 @@ std::vector<ConditionCheck::Outcome> ConditionCheck::outcomes() const {
   return outcomes;
 }
 
+std::string ConditionCheck::reason(const Watched& watched) const {
+  const auto& condition = watched.condition;
+  if (!watched.named) return "no such figure" + closestFigures(condition.figure, figures_);
+  for (const auto side : {Sides::base, Sides::fresh}) {
+    if (watched.count[side] == 0)
+      return std::string("only the ") + (side == Sides::base ? "new" : "base") +
+             " runs have this figure";
+  }
+  return condition.figure + " is in " + watched.unit + ", not in " + condition.unit;
+}
+
 int ConditionCheck::report() const {
   bool anyHolds = false;
   bool anyUnknown = false;
+  std::size_t place = 0;
   for (const auto& outcome : outcomes()) {
+    const auto& watched = watched_[place++];
     const auto& text = outcome.condition->text;
     anyHolds = anyHolds || outcome.holds;
     anyUnknown = anyUnknown || !outcome.known;
     if (!outcome.known) {
-      const auto target = text.substr(0, text.find_first_of(" <>"));
-      message("--fail-if '" + text + "': no such figure on both sides" +
-              suggestion(target.substr(0, target.rfind('.')), figures_));
+      message("--fail-if '" + text + "': " + reason(watched));
     } else if (outcome.holds) {
-      char values[80];
-      std::snprintf(values, sizeof values, ": %g -> %g", outcome.base, outcome.fresh);
-      message("'" + text + "' holds" + values);
+      message("'" + text + "' holds: " + numberText(outcome.base) + " -> " +
+              numberText(outcome.fresh) + " " + outcome.unit + ", " +
+              changeText(outcome.base, outcome.fresh));
     }
   }
   return anyHolds ? Status::finding : anyUnknown ? Status::wrongUse : Status::done;

@@ -18,7 +18,8 @@ class ConditionCheck {
   struct Outcome {
     const Condition* condition;
     double base = 0, fresh = 0;
-    bool known = false;  ///< both sides have the figure
+    std::string unit;    ///< of both
+    bool known = false;  ///< both sides have the figure, and the change is one of such
     bool holds = false;
   };
   std::vector<Outcome> outcomes() const;
@@ -30,8 +31,12 @@ class ConditionCheck {
     Condition condition;
     double sum[2] = {0, 0};
     std::size_t count[2] = {0, 0};
+    std::string unit;    // of the figure
     bool named = false;  // in any run
   };
+  /// Why the outcome is not known, after ": ".
+  std::string reason(const Watched& watched) const;
+
   std::vector<Watched> watched_;
   std::vector<std::string> figures_;  // of each side's first run, for a word on what was meant
   bool seen_[2] = {false, false};     // a run of the side

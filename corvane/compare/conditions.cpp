@@ -2,102 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 
 namespace {
-
-constexpr std::string_view processPrefix = "process:";
-
-struct Alias {
-  std::string_view said, word;
-};
-constexpr Alias sourceAliases[] = {
-    {"memory", "mem"}, {"disk", "io"}, {"network", "net"}, {"process", "proc"}};
-
-std::string sourceWord(std::string_view said) {
-  for (const auto& alias : sourceAliases) {
-    if (alias.said == said) return std::string(alias.word);
-  }
-  return std::string(said);
-}
-
-std::string_view trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(' ');
-  if (first == text.npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-/// Takes what follows the last point off.
-std::string cutLast(std::string_view& text) {
-  const auto point = text.rfind('.');
-  if (point == text.npos) return {};
-  const auto last = text.substr(point + 1);
-  text = text.substr(0, point);
-  return std::string(last);
-}
-
-/// Names hold points themselves, so a target is read from its end.
-bool readTarget(std::string_view target, Condition& condition) {
-  condition.statistic = cutLast(target);
-  condition.metric = cutLast(target);
-  if (target.starts_with(processPrefix)) {
-    condition.source = "process";
-    condition.entity = target.substr(processPrefix.size());
-    return !condition.entity.empty() && !condition.metric.empty();
-  }
-  const auto point = target.find('.');
-  condition.source = sourceWord(target.substr(0, point));
-  if (point != target.npos) condition.entity = target.substr(point + 1);
-  return !condition.source.empty() && !condition.metric.empty();
-}
-
-/// In the units of the files: KB, MB/s, %.
-bool readUnit(std::string_view unit, Condition& condition) {
-  struct Scale {
-    std::string_view name, of;
-    double factor;
-  };
-  constexpr Scale scales[] = {{"", "", 1},
-                              {"points", "%", 1},
-                              {"KB", "KB", 1},
-                              {"MB", "KB", 1024},
-                              {"GB", "KB", 1 << 20},
-                              {"MB/s", "MB/s", 1},
-                              {"KB/s", "MB/s", 1.0 / 1024},
-                              {"GB/s", "MB/s", 1024},
-                              {"MHz", "MHz", 1},
-                              {"Hz", "Hz", 1},
-                              {"s", "s", 1}};
-  if (unit == "%") {
-    condition.relative = true;
-    return true;
-  }
-  for (const auto& scale : scales) {
-    if (scale.name != unit) continue;
-    condition.change *= scale.factor;
-    condition.unit = scale.of;
-    return true;
-  }
-  return false;
-}
-
-bool readChange(std::string_view text, Condition& condition, std::string& problem) {
-  if (!text.starts_with('+') && !text.starts_with('-')) {
-    problem = R"(a change begins with + or -, as in "> +5%" or "> +10MB")";
-    return false;
-  }
-  const std::string number(text);
-  char* end = nullptr;
-  condition.change = std::strtod(number.c_str(), &end);
-  if (end == number.c_str()) {
-    problem = "no number in the change";
-    return false;
-  }
-  if (readUnit(trimmed(end), condition)) return true;
-  problem = "unknown unit; there are %, points, KB, MB, GB, KB/s, MB/s, GB/s, MHz, Hz, s";
-  return false;
-}
 
 std::optional<double> statisticOf(const runs::Statistics& statistics, std::string_view name) {
   if (name == "mean") return statistics.mean();
@@ -153,11 +60,6 @@ bool isMeant(const runs::MetricSeries& series, const Condition& condition) {
          (condition.entity.empty() && series.metric.starts_with(series.entity));
 }
 
-/// Whether a change in this unit can be one of such a metric.
-bool fits(const Condition& condition, std::string_view unit) {
-  return condition.unit.empty() || condition.unit == unit;
-}
-
 std::string_view unitOfName(const Condition& condition) {
   if (condition.metric == "pss") return "KB";
   return condition.statistic == "seconds" ? "s" : "%";
@@ -177,33 +79,21 @@ bool Condition::holds(double base, double fresh) const {
   return above ? moved > change : moved < change;
 }
 
-std::optional<Condition> parseCondition(std::string_view text, std::string& problem) {
-  Condition condition;
-  condition.text = text;
-  const auto sign = text.find_first_of("<>");
-  if (sign == text.npos) {
-    problem = "no > or < in it";
-    return std::nullopt;
-  }
-  condition.above = text[sign] == '>';
-  if (!readTarget(trimmed(text.substr(0, sign)), condition)) {
-    problem = "what is compared is SOURCE[.ENTITY].METRIC.STATISTIC or process:NAME.pss.STATISTIC";
-    return std::nullopt;
-  }
-  if (!readChange(trimmed(text.substr(sign + 1)), condition, problem)) return std::nullopt;
-  return condition;
-}
-
-std::optional<double> valueIn(const runs::RunSummary& run, const Condition& condition) {
+std::optional<FoundFigure> valueIn(const runs::RunSummary& run, const Condition& condition) {
+  std::optional<double> value;
+  std::string_view unit;
   if (condition.source == "process") {
-    if (!fits(condition, unitOfName(condition))) return std::nullopt;
-    return valueOfName(run, condition);
+    value = valueOfName(run, condition);
+    unit = unitOfName(condition);
+  } else {
+    const auto series = std::ranges::find_if(
+        run.metrics, [&](const runs::MetricSeries& one) { return isMeant(one, condition); });
+    if (series == run.metrics.end()) return std::nullopt;
+    value = statisticOf(series->statistics, condition.statistic);
+    unit = series->unit;
   }
-  for (const auto& series : run.metrics) {
-    if (isMeant(series, condition) && fits(condition, series.unit))
-      return statisticOf(series.statistics, condition.statistic);
-  }
-  return std::nullopt;
+  if (!value) return std::nullopt;
+  return FoundFigure{.value = *value, .unit = std::string(unit)};
 }
 
 bool isNamedIn(const runs::RunSummary& run, const Condition& condition) {

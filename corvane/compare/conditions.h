@@ -19,6 +19,7 @@
 struct Condition {
   std::string text;
   std::string source, entity, metric, statistic;  ///< `source` "process": entity is the name
+  std::string figure;                             ///< as figureNames() has it
   bool above = true;
   double change = 0;  ///< in the metric's own unit, or percent
   bool relative = false;
@@ -31,9 +32,14 @@ struct Condition {
 /// Nothing, and a sentence in `problem`, where the text is no condition.
 std::optional<Condition> parseCondition(std::string_view text, std::string& problem);
 
+struct FoundFigure {
+  double value = 0;
+  std::string unit;
+};
+
 /// The figure in one run; nothing where the run does not have it. A process of which nothing ran
 /// has 0 where the run lists processes.
-std::optional<double> valueIn(const runs::RunSummary& run, const Condition& condition);
+std::optional<FoundFigure> valueIn(const runs::RunSummary& run, const Condition& condition);
 
 /// Whether the run has what the condition names: a process of that name, too.
 bool isNamedIn(const runs::RunSummary& run, const Condition& condition);

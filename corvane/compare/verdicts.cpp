@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <span>
 
-#include "discoveries.h"
+#include "judge.h"
 #include "rank_test.h"
 
 namespace {
 
 constexpr std::size_t enoughRuns = 5;  // for ranks; fewer cannot differ beyond chance
-constexpr double falseDiscoveries = 0.05;
 
 double meanOf(std::vector<double> values) {
   double sum = 0;
@@ -36,68 +34,6 @@ MeanEstimate meanOfRuns(const std::vector<double>& means) {
     squares += (value - mean) * (value - mean);
   const auto n = double(means.size());
   return {.mean = mean, .variance = squares / (n - 1) / n, .freedom = n - 1};
-}
-
-/// Below this a change is nobody's concern, however sure it is: what the files' digits, a tick of
-/// the clock or a page of memory make of nothing.
-double negligible(const std::string& unit) {
-  if (unit == "%") return 0.05;
-  if (unit == "KB") return 16;
-  if (unit == "MB/s") return 0.001;
-  return 0;
-}
-
-bool moreIsBetter(const FigureKey& key, const Judgement& judgement) {
-  const auto& told = judgement.moreIsBetter;
-  const auto named = [&](const std::string& metric) { return metric == key.metric; };
-  return key.metric == "Available_Mem" || key.metric == "Swap_Free" ||
-         std::ranges::any_of(told, named);
-}
-
-bool worthTelling(const Compared& figure, const Judgement& judgement) {
-  const double change = std::abs(figure.fresh - figure.base);
-  if (change <= negligible(figure.key.unit)) return false;
-  const auto percent = figure.percent();
-  return !percent || std::abs(*percent) >= judgement.atLeastPercent;
-}
-
-/// Both sides never moved, and stand at the same value: nothing was asked.
-bool isConstant(const Difference& difference) {
-  return difference.p >= 1 && difference.low == difference.high;
-}
-
-Verdict verdictOf(const Compared& figure, bool found, const Judgement& judgement) {
-  if (!found || !worthTelling(figure, judgement)) return Verdict::same;
-  const bool more = figure.fresh > figure.base;
-  return more == moreIsBetter(figure.key, judgement) ? Verdict::better : Verdict::worse;
-}
-
-/// The figures of one source are one family: a thousand processes that did not change do not hide
-/// that the load did.
-void judgeFamily(std::span<Compared> family, const Judgement& judgement) {
-  std::vector<double> probabilities;
-  for (const auto& figure : family) {
-    if (figure.difference && !isConstant(*figure.difference))
-      probabilities.push_back(figure.difference->p);
-  }
-  const auto found = discoveries(probabilities, falseDiscoveries);
-  std::size_t place = 0;
-  for (auto& figure : family) {
-    if (!figure.difference) continue;
-    figure.verdict = isConstant(*figure.difference) ? Verdict::same
-                                                    : verdictOf(figure, found[place++], judgement);
-  }
-}
-
-void judge(std::span<Compared> figures, const Judgement& judgement) {
-  while (!figures.empty()) {
-    const auto& source = figures.front().key.source;
-    std::size_t count = 0;
-    while (count < figures.size() && figures[count].key.source == source)
-      ++count;
-    judgeFamily(figures.first(count), judgement);
-    figures = figures.subspan(count);
-  }
 }
 
 }  // namespace
@@ -138,12 +74,22 @@ std::optional<MeanEstimate> Sides::estimateOf(const Values& values, Side side) c
 }
 
 std::optional<Difference> Sides::differenceOf(const Values& values) const {
-  if (enough(values.means[base], values.means[fresh]))
-    return compareByRanks(values.means[base], values.means[fresh]);
-  const auto before = estimateOf(values, base);
-  const auto after = estimateOf(values, fresh);
-  if (!before || !after) return std::nullopt;
-  return welch(*before, *after);
+  const auto& before = values.means[base];
+  const auto& after = values.means[fresh];
+  if (enough(before, after)) return compareByRanks(before, after);
+  if (before.size() > 1 != after.size() > 1) {
+    const auto& several = before.size() > 1 ? before : after;
+    const auto n = double(several.size());
+    const auto known = meanOfRuns(several);
+    // Runs that are all alike say nothing of how much runs differ.
+    if (known.variance > 0)
+      return differenceOfMeans(meanOf(before), meanOf(after), known.variance * (1 + n),
+                               known.freedom);
+  }
+  const auto left = estimateOf(values, base);
+  const auto right = estimateOf(values, fresh);
+  if (!left || !right) return std::nullopt;
+  return welch(*left, *right);
 }
 
 std::vector<Compared> Sides::compare(const Judgement& judgement) const {
@@ -168,4 +114,17 @@ std::vector<Compared> Sides::compare(const Judgement& judgement) const {
   }
   judge(compared, judgement);
   return compared;
+}
+
+std::vector<std::string> Sides::onlyOn(Side side) const {
+  const Side other = side == base ? fresh : base;
+  std::vector<std::string> only;
+  for (const auto& [key, values] : figures_) {
+    const bool ofProcesses = key.source == "proc" || key.source == "procmem";
+    if (ofProcesses || values.means[side].empty() || !values.means[other].empty()) continue;
+    if (!measured_[other].contains(key.source)) continue;  // told by the sources
+    auto name = key.source + " " + (key.entity.empty() ? key.metric : key.entity);
+    if (only.empty() || only.back() != name) only.push_back(std::move(name));
+  }
+  return only;
 }

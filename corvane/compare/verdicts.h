@@ -25,6 +25,8 @@ struct Compared {
   double base = 0, fresh = 0;  ///< mean of the side's runs' means; their median from five runs on
   std::optional<Difference> difference;  ///< nothing: too little to tell
   Verdict verdict = Verdict::inconclusive;
+  /// Sure if it were the only figure, but not among so many: inconclusive.
+  bool heldBack = false;
 
   /// Of the base value; nothing where that is 0.
   std::optional<double> percent() const;
@@ -40,9 +42,12 @@ class Sides {
 
   /// Every figure that both sides could measure, sorted by key. The verdicts: one run a side is
   /// judged by batches of its samples, from five runs a side on the runs are the samples and are
-  /// judged by ranks, in between by Welch's test. Among the figures of a source at most one in
+  /// judged by ranks, in between by Welch's test; one run against several by what those differ.
+  /// Among the figures of a source at most one in
   /// twenty of the changes named is expected to be chance.
   std::vector<Compared> compare(const Judgement& judgement) const;
+  /// What only this side has of the sources of both: "io sdb" of a device, "gpu GPU_Clock".
+  std::vector<std::string> onlyOn(Side side) const;
 
  private:
   struct Values {

@@ -9,6 +9,9 @@ struct MeanEstimate {
   double freedom = 1;   ///< degrees of freedom of that variance
 };
 
-/// Welch's comparison of two means whose variances are not taken to be equal. Two means without
-/// variance are equal or differ beyond doubt.
+/// By Student's t, from the variance of the difference and its degrees of freedom. Without variance
+/// the means are equal or differ beyond doubt.
+Difference differenceOfMeans(double base, double fresh, double variance, double freedom);
+
+/// Welch's comparison of two means whose variances are not taken to be equal.
 Difference welch(const MeanEstimate& base, const MeanEstimate& fresh);
