@@ -37,8 +37,8 @@ bool isConstant(const Difference& difference) {
   return difference.p >= 1 && difference.low == difference.high;
 }
 
-void judgeOne(Compared& figure, bool found, const Judgement& judgement) {
-  const auto& difference = *figure.difference;
+void judgeOne(Compared& figure, const Difference& difference, bool found,
+              const Judgement& judgement) {
   const double enough = worthTelling(figure, judgement);
   const bool tells = std::abs(figure.fresh - figure.base) > enough;
   if (found && tells) {
@@ -66,7 +66,7 @@ void judgeFamily(std::span<Compared> family, const Judgement& judgement) {
     if (isConstant(*figure.difference)) {
       figure.verdict = Verdict::same;
     } else {
-      judgeOne(figure, found[place++], judgement);
+      judgeOne(figure, *figure.difference, found[place++], judgement);
     }
   }
 }

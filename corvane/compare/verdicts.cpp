@@ -82,9 +82,10 @@ std::optional<Difference> Sides::differenceOf(const Values& values) const {
     const auto n = double(several.size());
     const auto known = meanOfRuns(several);
     // Runs that are all alike say nothing of how much runs differ.
-    if (known.variance > 0)
+    if (known.variance > 0) {
       return differenceOfMeans(meanOf(before), meanOf(after), known.variance * (1 + n),
                                known.freedom);
+    }
   }
   const auto left = estimateOf(values, base);
   const auto right = estimateOf(values, fresh);
