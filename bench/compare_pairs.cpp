@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <random>
 
 #include "verdicts.h"
@@ -96,22 +97,23 @@ void tell(Machine& machine, const Case& one, int pairs) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   const int pairs = argc > 1 ? std::atoi(argv[1]) : 1000;
   Machine machine;
   for (const int runs : {1, 5}) {
     for (const double r : {0.0, 0.5, 0.9, 0.97}) {
-      for (const int samples : {60, 600, 3600})
-        tell(machine,
-             {.base = runs,
-              .fresh = runs,
-              .r = r,
-              .samples = samples,
-              .shift = runs == 1 ? 1.0 : 2.0},
+      for (const int samples : {60, 600, 3600}) {
+        const double shift = runs == 1 ? 1.0 : 2.0;
+        tell(machine, {.base = runs, .fresh = runs, .r = r, .samples = samples, .shift = shift},
              pairs);
+      }
     }
   }
-  for (const int several : {2, 5, 10})
+  for (const int several : {2, 5, 10}) {
     tell(machine, {.base = 1, .fresh = several, .r = 0.5, .samples = 300, .shift = 10, .spread = 2},
          pairs);
+  }
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "compare_pairs: %s\n", error.what());
+  return 1;
 }

@@ -48,9 +48,10 @@ std::vector<std::string> eachOnce(const std::vector<std::string>& folders) {
     if (seen.insert(std::filesystem::weakly_canonical(folder, error)).second || error)
       left.push_back(folder);
   }
-  if (left.size() < folders.size())
+  if (left.size() < folders.size()) {
     message("runs named more than once count once: " + std::to_string(left.size()) + " of " +
             std::to_string(folders.size()));
+  }
   return left;
 }
 
@@ -108,9 +109,10 @@ class Reading {
     result.settings = settings_.differences();
     for (const auto side : {Sides::base, Sides::fresh}) {
       const auto only = sides_.onlyOn(side);
-      if (!only.empty())
+      if (!only.empty()) {
         result.settings.push_back(std::string("only ") + (side == Sides::base ? "base" : "new") +
                                   " has " + listed(only, ", "));
+      }
     }
     result.figures = sides_.compare(
         {.atLeastPercent = options_.atLeastPercent, .moreIsBetter = options_.moreIsBetter});

@@ -61,9 +61,10 @@ std::string ConditionCheck::reason(const Watched& watched) const {
   const auto& condition = watched.condition;
   if (!watched.named) return "no such figure" + closestFigures(condition.figure, figures_);
   for (const auto side : {Sides::base, Sides::fresh}) {
-    if (watched.count[side] == 0)
+    if (watched.count[side] == 0) {
       return std::string("only the ") + (side == Sides::base ? "new" : "base") +
              " runs have this figure";
+    }
   }
   return condition.figure + " is in " + watched.unit + ", not in " + condition.unit;
 }

@@ -67,9 +67,10 @@ void Settings::noteMetadata(int side, const runs::Metadata& metadata) {
   note(side, "memory", host.memoryKb > 0 ? std::to_string(host.memoryKb) + " KB" : "");
   for (const auto& policy : host.frequencies) {
     noteOptional("governor of cores " + policy.cores, policy.governor);
-    if (policy.maxKhz > 0)
+    if (policy.maxKhz > 0) {
       noteOptional("maximum clock of cores " + policy.cores,
                    std::to_string(policy.maxKhz / 1000) + " MHz");
+    }
   }
   for (const auto& [property, value] : host.android)
     note(side, property, value);

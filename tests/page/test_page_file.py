@@ -21,6 +21,7 @@ def read(page):
 
     def numbers(reference):
         at, count, kind = reference
+        assert at % struct.calcsize(TYPES[kind]) == 0  # browsers refuse others
         return list(struct.unpack_from(f"<{count}{TYPES[kind]}", samples, at))
     return head, numbers
 
