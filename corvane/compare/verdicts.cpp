@@ -77,7 +77,7 @@ std::optional<Difference> Sides::differenceOf(const Values& values) const {
   const auto& before = values.means[base];
   const auto& after = values.means[fresh];
   if (enough(before, after)) return compareByRanks(before, after);
-  if (before.size() > 1 != after.size() > 1) {
+  if ((before.size() > 1) != (after.size() > 1)) {
     const auto& several = before.size() > 1 ? before : after;
     const auto n = double(several.size());
     const auto known = meanOfRuns(several);
