@@ -102,6 +102,10 @@ unpack_arm64() {
   )
 }
 
+# refuses_large_pages PROGRAM: whether Android's C library in a static program is one whose allocator
+# aborts where pages are not of 4 KiB, as that of API level 29 does.
+refuses_large_pages() { grep -qa 'Unsupported system page size' "$1"; }
+
 # What root builds in another's checkout must not lock its owner out.
 hand_back() {
   if ((EUID == 0)) && [[ -d $root/build && ! -O $root ]]; then
