@@ -1,7 +1,6 @@
 #include "compare.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <glob.h>
 #include <memory>
@@ -19,6 +18,7 @@
 #include "message.h"
 #include "new_file.h"
 #include "page/report_page.h"
+#include "standard_output.h"
 
 namespace {
 
@@ -169,7 +169,6 @@ int compare(const CompareOptions& options) {
   if (!areCompared(options.moreIsBetter, comparison.figures)) return Status::wrongUse;
   const auto text =
       options.json ? comparisonJson(comparison) : comparisonText(comparison, options.all);
-  std::fwrite(text.data(), 1, text.size(), stdout);
-  if (std::fflush(stdout) != 0 || !reading.finishPage(comparison)) return Status::wrongUse;
+  if (!putOut(text) || !reading.finishPage(comparison)) return Status::wrongUse;
   return reading.conditions().report();
 }
