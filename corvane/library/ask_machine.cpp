@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <iterator>
 #include <optional>
 #include <signal.h>
 #include <span>
@@ -76,14 +75,31 @@ SourceState stateOf(const ProfilerSource& source, const Question& question) {
   return state;
 }
 
-using Sources = std::vector<const ProfilerSource*>;
+/// The word of what the library says of itself.
+constexpr std::string_view itself = "library";
 
-/// Asks one source after the other in a process that has loaded the library once. Those that are
-/// not told of were not asked: the one before them took the process down.
-std::vector<SourceState> askSome(const std::filesystem::path& profilerFolder,
-                                 std::span<const ProfilerSource* const> sources, bool thorough) {
+/// `asked`: a source was, so that the library is one that fits.
+void tellOfLibrary(const Question& question, bool asked, MachineSources& machine) {
+  if (!asked && question.ending().status.value_or(0) != 0)
+    machine.failure = asOneLine(partOf(question.errors(), itself).value_or(question.errors()));
+  std::istringstream lines(partOf(question.answer(), itself).value_or(""));
+  std::getline(lines, machine.fileOfLibrary);
+  std::getline(lines, machine.versionOfLibrary);
+}
+
+/// Asks one source after the other in a process that loads the library once. Those that are not
+/// told of then were not asked: the one before them took the process down.
+void askSome(const std::filesystem::path& profilerFolder,
+             std::span<const ProfilerSource* const> sources, bool thorough,
+             MachineSources& machine) {
+  const bool isFirst = machine.sources.empty();
   Question question([&] {
-    useMonitorLibrary(profilerFolder);
+    const auto file = useMonitorLibrary(profilerFolder);
+    if (isFirst) {
+      announce(itself);
+      std::printf("%s\n", file.c_str());
+      printLibraryVersion();
+    }
     for (const auto* source : sources) {
       announce(source->word);
       const auto answer = source->ask(thorough);
@@ -91,15 +107,14 @@ std::vector<SourceState> askSome(const std::filesystem::path& profilerFolder,
     }
   });
   question.finish(std::chrono::steady_clock::now() + patience);
-  std::vector<SourceState> states;
+  const bool asked = !sources.empty() && partOf(question.answer(), sources.front()->word);
+  if (isFirst) tellOfLibrary(question, asked, machine);
   for (const auto* source : sources) {
     const auto state = stateOf(*source, question);
     // Who is at fault is only sure of the first one; and it has had all of the time.
-    if (!state.answered && !states.empty()) break;
-    states.push_back(state);
+    if (state.answered || source == sources.front()) machine.sources.push_back(state);
     if (!state.answered) break;
   }
-  return states;
 }
 
 SourceState stateOf(const GaugeKind& kind) {
@@ -122,22 +137,14 @@ bool wanted(const std::vector<std::string>& words, std::string_view word) {
 MachineSources askMachine(const std::filesystem::path& profilerFolder,
                           const std::vector<std::string>& words, bool thorough) {
   MachineSources machine;
-  Question library([&] {
-    std::printf("%s\n", useMonitorLibrary(profilerFolder).c_str());
-    printLibraryVersion();
-  });
-  library.finish(std::chrono::steady_clock::now() + patience);
-  std::istringstream lines(library.answer());
-  std::getline(lines, machine.fileOfLibrary);
-  std::getline(lines, machine.versionOfLibrary);
-  if (library.ending().status.value_or(0) != 0) machine.failure = asOneLine(library.errors());
-  Sources wantedSources;
+  std::vector<const ProfilerSource*> wantedSources;
   for (const auto& source : profilerSources)
     if (wanted(words, source.word)) wantedSources.push_back(&source);
-  while (machine.sources.size() < wantedSources.size()) {
+  do {
     const auto left = std::span(wantedSources).subspan(machine.sources.size());
-    std::ranges::move(askSome(profilerFolder, left, thorough), std::back_inserter(machine.sources));
-  }
+    askSome(profilerFolder, left, thorough, machine);
+    if (!machine.failure.empty()) return machine;
+  } while (machine.sources.size() < wantedSources.size());
   for (const auto& kind : gaugeKinds)
     if (wanted(words, kind.word)) machine.sources.push_back(stateOf(kind));
   return machine;

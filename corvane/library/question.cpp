@@ -1,6 +1,5 @@
 #include "question.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -49,10 +48,7 @@ void Question::finish(Clock::time_point until) {
     std::array<pollfd, 2> waited{{{.fd = pipes_[0], .events = POLLIN, .revents = 0},
                                   {.fd = pipes_[1], .events = POLLIN, .revents = 0}}};
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
-    // What was answered in time is read when it is late, too: another question took the time.
-    const int ready = ::poll(waited.data(), waited.size(), std::max(0, int(left)));
-    if (ready == 0 || (ready < 0 && errno != EINTR)) break;
-    if (ready < 0) continue;
+    if (left <= 0 || (::poll(waited.data(), waited.size(), int(left)) < 0 && errno != EINTR)) break;
     for (std::size_t i = 0; i < waited.size(); ++i)
       if (waited[i].revents != 0) readSome(i);
   }
