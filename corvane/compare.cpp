@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <glob.h>
+#include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -39,15 +40,20 @@ std::vector<std::string> expanded(const std::vector<std::string>& words) {
   return folders;
 }
 
+/// The folder's one true path, by whatever way it is named.
+std::filesystem::path truePath(const std::string& folder) {
+  std::error_code error;
+  const auto path = std::filesystem::weakly_canonical(folder, error);
+  return error ? std::filesystem::path(folder) : path;
+}
+
 /// Without those that were named before, which would count as further runs.
 std::vector<std::string> eachOnce(const std::vector<std::string>& folders) {
   std::set<std::filesystem::path> seen;
   std::vector<std::string> left;
-  for (const auto& folder : folders) {
-    std::error_code error;
-    if (seen.insert(std::filesystem::weakly_canonical(folder, error)).second || error)
-      left.push_back(folder);
-  }
+  std::ranges::copy_if(folders, std::back_inserter(left), [&](const std::string& folder) {
+    return seen.insert(truePath(folder)).second;
+  });
   if (left.size() < folders.size()) {
     message("runs named more than once count once: " + std::to_string(left.size()) + " of " +
             std::to_string(folders.size()));
@@ -57,14 +63,12 @@ std::vector<std::string> eachOnce(const std::vector<std::string>& folders) {
 
 /// Says which runs are on both sides, where nothing can differ.
 void tellShared(const std::vector<std::string>& base, const std::vector<std::string>& fresh) {
+  std::set<std::filesystem::path> others;
+  std::ranges::transform(fresh, std::inserter(others, others.end()), truePath);
   std::vector<std::string> shared;
-  for (const auto& one : base) {
-    std::error_code error;
-    if (std::ranges::any_of(fresh, [&](const std::string& other) {
-          return std::filesystem::equivalent(one, other, error);
-        }))
-      shared.push_back(one);
-  }
+  std::ranges::copy_if(base, std::back_inserter(shared), [&](const std::string& folder) {
+    return others.contains(truePath(folder));
+  });
   if (!shared.empty()) message("on both sides: " + listed(shared, ", "));
 }
 

@@ -5,6 +5,7 @@
 #include "message.h"
 #include "new_file.h"
 #include "page/report_page.h"
+#include "run_files.h"
 #include "standard_output.h"
 
 namespace {
@@ -18,8 +19,7 @@ std::vector<std::string> labelsOf(const std::vector<std::filesystem::path>& fold
   std::vector<std::filesystem::path> above;
   for (const auto& folder : folders) {
     labels.push_back(labelOf(folder));
-    const auto whole = std::filesystem::absolute(folder).lexically_normal();
-    above.push_back((whole.has_filename() ? whole : whole.parent_path()).parent_path());
+    above.push_back(runs::plainFolder(std::filesystem::absolute(folder)).parent_path());
   }
   for (bool longer = true; longer;) {
     longer = false;

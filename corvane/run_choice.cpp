@@ -48,6 +48,5 @@ void tellEmpty(const std::filesystem::path& folder, double end) {
 }
 
 std::string labelOf(const std::filesystem::path& folder) {
-  const auto whole = std::filesystem::absolute(folder).lexically_normal();
-  return (whole.has_filename() ? whole : whole.parent_path()).filename().string();
+  return runs::plainFolder(folder).filename().string();
 }

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <time.h>
 
+#include "run_files.h"
+
 namespace runs {
 
 namespace {
@@ -218,8 +220,7 @@ double Metadata::wallAt(double stamp) const {
 }
 
 std::filesystem::path metadataFile(const std::filesystem::path& folder) {
-  auto plain = folder.lexically_normal();
-  if (!plain.has_filename()) plain = plain.parent_path();
+  const auto plain = plainFolder(folder);
   return plain.parent_path() / (plain.filename().string() + ".run.json");
 }
 

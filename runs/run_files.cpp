@@ -19,6 +19,13 @@ std::string prefixOf(const std::string& name) {
 
 }  // namespace
 
+fs::path plainFolder(const fs::path& folder) {
+  auto plain = folder.lexically_normal();
+  if (!plain.has_filename()) plain = plain.parent_path();
+  const bool isNamed = plain.has_filename() && plain != "." && plain.filename() != "..";
+  return isNamed || folder.is_absolute() ? plain : plainFolder(fs::absolute(folder));
+}
+
 std::vector<ResultFile> listResultFiles(const fs::path& folder) {
   std::vector<ResultFile> files;
   std::error_code error;

@@ -16,6 +16,10 @@ struct ResultFile {
 /// be read.
 std::vector<ResultFile> listResultFiles(const std::filesystem::path& folder);
 
+/// The folder's path in plain form: its last part is the run's name, whatever it was called ("x/",
+/// "." or "..").
+std::filesystem::path plainFolder(const std::filesystem::path& folder);
+
 /// The run folder that changed last below `results`; empty where there is none.
 std::filesystem::path newestRun(const std::filesystem::path& results);
 

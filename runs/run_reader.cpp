@@ -21,7 +21,7 @@ bool isOneStep(double step, double usual) {
 
 /// One file for each source: where there are several, the one that is named as its folder.
 std::vector<ResultFile> chosenFiles(const fs::path& folder, std::vector<std::string>& notes) {
-  const auto end = "profiler_" + fs::path(folder / "").parent_path().filename().string() + ".txt";
+  const auto end = "profiler_" + plainFolder(folder).filename().string() + ".txt";
   std::vector<ResultFile> chosen;
   for (auto& file : listResultFiles(folder)) {
     const auto same = std::ranges::find(chosen, file.prefix, &ResultFile::prefix);
@@ -63,7 +63,7 @@ std::uint64_t SourceActivity::missed() const {
 }
 
 RunReader::RunReader(const fs::path& folder, Selection selection)
-    : name_(fs::path(folder / "").parent_path().filename().string()),
+    : name_(plainFolder(folder).filename().string()),
       selection_(std::move(selection)),
       processes_(selection_.processes),
       metadata_(readMetadata(folder)) {

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "difference.h"
+
 namespace {
 
 std::optional<double> statisticOf(const runs::Statistics& statistics, std::string_view name) {
@@ -71,10 +73,7 @@ bool Condition::holds(double base, double fresh) const {
   double moved = fresh - base;
   if (relative) {
     const double infinite = std::numeric_limits<double>::infinity();
-    moved = base != 0   ? moved / std::abs(base) * 100
-            : moved > 0 ? infinite
-            : moved < 0 ? -infinite
-                        : 0;
+    moved = percentChange(base, fresh).value_or(moved == 0 ? 0 : std::copysign(infinite, moved));
   }
   return above ? moved > change : moved < change;
 }

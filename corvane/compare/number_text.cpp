@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "difference.h"
+
 std::string numberText(double value) {
   char text[40];
   const double size = std::abs(value);
@@ -12,9 +14,9 @@ std::string numberText(double value) {
 }
 
 std::string changeText(double base, double fresh) {
-  if (base == 0) return fresh == 0 ? "" : "from 0";
-  const double percent = (fresh - base) / std::abs(base) * 100;
+  const auto percent = percentChange(base, fresh);
+  if (!percent) return fresh == 0 ? "" : "from 0";
   char text[40];
-  std::snprintf(text, sizeof text, std::abs(percent) < 999.5 ? "%+.1f%%" : "%+.0f%%", percent);
+  std::snprintf(text, sizeof text, std::abs(*percent) < 999.5 ? "%+.1f%%" : "%+.0f%%", *percent);
   return text;
 }

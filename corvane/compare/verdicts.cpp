@@ -53,8 +53,7 @@ std::string_view nameOf(Verdict verdict) {
 }
 
 std::optional<double> Compared::percent() const {
-  if (base == 0) return std::nullopt;
-  return (fresh - base) / std::abs(base) * 100;
+  return percentChange(base, fresh);
 }
 
 void Sides::add(Side side, const runs::RunSummary& run) {

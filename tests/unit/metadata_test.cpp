@@ -60,6 +60,7 @@ TEST(Metadata, LiesBesideTheRunFolder) {
   EXPECT_EQ(metadataFile("a/b"), "a/b.run.json");
   EXPECT_EQ(metadataFile("a/b/"), "a/b.run.json");
   EXPECT_EQ(metadataFile("a/c/../b"), "a/b.run.json");
+  EXPECT_EQ(metadataFile("."), std::filesystem::current_path().string() + ".run.json");
 }
 
 }  // namespace
