@@ -5,6 +5,7 @@
 #include <set>
 
 #include "suggestion.h"
+#include "words.h"
 
 namespace {
 
@@ -15,13 +16,8 @@ std::string inSmallLetters(std::string text) {
 }
 
 std::set<std::string> partsOf(const std::string& name) {
-  std::set<std::string> parts;
-  for (std::size_t at = 0; at <= name.size();) {
-    const auto end = std::min(name.find_first_of(".:", at), name.size());
-    parts.insert(name.substr(at, end - at));
-    at = end + 1;
-  }
-  return parts;
+  const auto parts = split(name, ".:");
+  return {parts.begin(), parts.end()};
 }
 
 /// How many letters differ, less for the parts that both have: the right device or metric says

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "words.h"
+
 namespace {
 
 /// To two digits: a period as it is measured wobbles.
@@ -15,14 +17,7 @@ std::string periodText(double seconds) {
   return text;
 }
 
-std::string joined(const std::vector<std::string>& words) {
-  std::string all;
-  for (const auto& word : words)
-    all += (all.empty() ? "" : " ") + word;
-  return all;
-}
-
-std::string joined(const std::set<std::string>& values) {
+std::string shown(const std::set<std::string>& values) {
   return listed({values.begin(), values.end()}, ", ");
 }
 
@@ -74,7 +69,7 @@ void Settings::noteMetadata(int side, const runs::Metadata& metadata) {
   }
   for (const auto& [property, value] : host.android)
     note(side, property, value);
-  note(side, "command", metadata.command ? joined(metadata.command->arguments) : "none");
+  note(side, "command", metadata.command ? joined(metadata.command->arguments, " ") : "none");
   note(side, "profiler", metadata.profiler.version);
   note(side, "monitor library", metadata.profiler.monitorLibrary);
   for (const auto& [label, value] : metadata.labels)
@@ -90,7 +85,7 @@ void Settings::add(int side, const runs::RunSummary& run) {
     words.push_back(source.word);
     note(side, "period of " + source.word, periodText(source.period));
   }
-  note(side, "sources", joined(words));
+  note(side, "sources", joined(words, " "));
   seconds_[side] += run.last - run.first;
   ++runs_[side];
 }
@@ -112,8 +107,8 @@ std::vector<std::string> Settings::differences() const {
     const bool onBoth = base != values_[0].end() && fresh != values_[1].end();
     // A source that one side lacks is told by the sources, metadata by one sentence.
     if (!onBoth && (!optional_.contains(what) || !bothHaveMetadata())) continue;
-    const auto left = base == values_[0].end() ? "none" : joined(base->second);
-    const auto right = fresh == values_[1].end() ? "none" : joined(fresh->second);
+    const auto left = base == values_[0].end() ? "none" : shown(base->second);
+    const auto right = fresh == values_[1].end() ? "none" : shown(fresh->second);
     if (left != right || (onBoth && base->second != fresh->second))
       sentences.push_back(what + ": " + left + " against " + right);
   }

@@ -20,6 +20,7 @@
 #include "perprocmem_mon.h"
 #include "process_mon.h"
 #include "version.h"
+#include "words.h"
 
 namespace {
 
@@ -40,13 +41,10 @@ void* library = nullptr;
 fs::path ofEnvironment() {
   const char* const value = ::getauxval(AT_SECURE) == 0 ? std::getenv("LD_LIBRARY_PATH") : nullptr;
   if (value == nullptr) return {};
-  const std::string folders = value;
-  for (std::size_t at = 0; at <= folders.size();) {
-    const auto end = std::min(folders.find_first_of(":;", at), folders.size());
-    const fs::path folder = end == at ? "." : folders.substr(at, end - at);
+  for (const auto& folder : split(value, ":;")) {
+    const auto path = fs::path(folder.empty() ? "." : folder) / libraryName;
     std::error_code error;
-    if (fs::exists(folder / libraryName, error)) return fs::absolute(folder / libraryName, error);
-    at = end + 1;
+    if (fs::exists(path, error)) return fs::absolute(path, error);
   }
   return {};
 }

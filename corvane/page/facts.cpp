@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "words.h"
+
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -17,13 +19,6 @@ class Facts {
  private:
   Json list_ = Json::array();
 };
-
-std::string joined(const std::vector<std::string>& words) {
-  std::string text;
-  for (const auto& word : words)
-    text += (text.empty() ? "" : " ") + word;
-  return text;
-}
 
 std::string megahertz(std::uint64_t kilohertz) {
   return std::to_string(kilohertz / 1000);
@@ -58,12 +53,12 @@ void addRecording(Facts& facts, const runs::Metadata& metadata) {
   facts.add("Start", metadata.start.wallTime());
   facts.add("End", metadata.end ? metadata.end->wallTime() : "not told: cut off, or still running");
   if (metadata.command) {
-    facts.add("Command", joined(metadata.command->arguments));
+    facts.add("Command", joined(metadata.command->arguments, " "));
     facts.add("Command ended", endingOf(metadata.command->ending));
   }
   for (const auto& [name, value] : metadata.labels)
     facts.add("Label " + name, value);
-  facts.add("Profiler", joined(metadata.profiler.arguments));
+  facts.add("Profiler", joined(metadata.profiler.arguments, " "));
   facts.add("Version", metadata.profiler.version);
   facts.add("Library", metadata.profiler.monitorLibrary);
 }

@@ -9,6 +9,7 @@
 #include "refusal.h"
 #include "source_questions.h"
 #include "suggestion.h"
+#include "words.h"
 
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
@@ -18,16 +19,10 @@ namespace {
 /// Room in a file name for what the longest result file's has before and after it.
 constexpr std::size_t longestName = 200;
 
+/// An option may be given several times; what it lists counts as if it were one list. An option
+/// that is not given lists nothing.
 std::vector<std::string> splitAtCommas(const std::vector<std::string>& lists) {
-  std::vector<std::string> words;
-  for (const auto& list : lists) {
-    for (std::size_t at = 0; at <= list.size();) {
-      const auto end = std::min(list.find(',', at), list.size());
-      words.push_back(list.substr(at, end - at));
-      at = end + 1;
-    }
-  }
-  return words;
+  return lists.empty() ? lists : split(joined(lists, ","), ",");
 }
 
 std::string checkedSource(const std::string& option, const std::string& word) {
@@ -105,22 +100,21 @@ bool isProgram(const fs::path& path) {
 
 /// Where the shell would find the command; its statuses where it would not start it.
 std::string findCommand(const std::string& word) {
-  constexpr int cannotStart = 126, notFound = 127;
+  constexpr int cannotStart = 126;
+  const Refusal notFound(word + ": there is no such command", 127);
   std::error_code error;
   if (word.find('/') != word.npos) {
     if (isProgram(word)) return word;
     if (fs::is_directory(word, error)) throw Refusal(word + ": is a folder", cannotStart);
     if (fs::exists(word, error)) throw Refusal(word + ": may not be executed", cannotStart);
+    throw notFound;
   }
   const char* const value = std::getenv("PATH");
-  const std::string folders = value != nullptr ? value : "/usr/bin:/bin";
-  for (std::size_t at = 0; at <= folders.size() && word.find('/') == word.npos && !word.empty();) {
-    const auto end = std::min(folders.find(':', at), folders.size());
-    const auto path = fs::path(end == at ? "." : folders.substr(at, end - at)) / word;
-    if (isProgram(path)) return path;
-    at = end + 1;
+  for (const auto& folder : split(value != nullptr ? value : "/usr/bin:/bin", ":")) {
+    const auto path = fs::path(folder.empty() ? "." : folder) / word;
+    if (!word.empty() && isProgram(path)) return path;
   }
-  throw Refusal(word + ": there is no such command", notFound);
+  throw notFound;
 }
 
 }  // namespace

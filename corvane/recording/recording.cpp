@@ -17,6 +17,7 @@
 #include "console_text.h"
 #include "metadata_store.h"
 #include "refusal.h"
+#include "words.h"
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
@@ -41,17 +42,12 @@ bool isWholeSeconds(std::chrono::milliseconds time) {
 void makeLibraryPathAbsolute() {
   const char* const value = std::getenv("LD_LIBRARY_PATH");
   if (value == nullptr || *value == '\0') return;
-  std::string absolute;
-  const std::string folders = value;
-  for (std::size_t at = 0; at <= folders.size();) {
-    const auto end = std::min(folders.find_first_of(":;", at), folders.size());
+  auto folders = split(value, ":;");
+  for (auto& folder : folders) {
     std::error_code error;
-    absolute +=
-        (at == 0 ? "" : ":") +
-        std::filesystem::absolute(end == at ? "." : folders.substr(at, end - at), error).string();
-    at = end + 1;
+    folder = std::filesystem::absolute(folder.empty() ? "." : folder, error).string();
   }
-  ::setenv("LD_LIBRARY_PATH", absolute.c_str(), 1);
+  ::setenv("LD_LIBRARY_PATH", joined(folders, ":").c_str(), 1);
 }
 
 }  // namespace

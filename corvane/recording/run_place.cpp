@@ -103,15 +103,13 @@ RunPlace::RunPlace(const fs::path& output, const std::optional<std::string>& nam
 bool RunPlace::take(const std::string& suffix) {
   suffix_ = suffix;
   if (base_ && (exists(base(), suffix) || exists(base(), suffix + ".run.json"))) return false;
-  const int folder = base_ ? base() : output();
   constexpr int flags = O_RDWR | O_CREAT | O_EXCL | O_APPEND | O_NOFOLLOW | O_CLOEXEC;
-  log_ = Handle(::openat(folder, logName().c_str(), flags, 0666));
+  log_ = Handle(::openat(logPlace(), logName().c_str(), flags, 0666));
   if (!log_ && errno == EEXIST) return false;
   if (!log_) {
-    throw Refusal((base_ ? outputPath_ / baseName : outputPath_).string() +
-                  ": cannot be written: " + std::strerror(errno));
+    throw Refusal(logFolder().string() + ": cannot be written: " + std::strerror(errno));
   }
-  lock_ = Handle(::openat(folder, logName().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+  lock_ = Handle(::openat(logPlace(), logName().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
   if (lock_) ::flock(lock_.get(), LOCK_EX | LOCK_NB);
   keepRoom();
   return true;
@@ -121,9 +119,8 @@ bool RunPlace::take(const std::string& suffix) {
 void RunPlace::keepRoom() {
   constexpr off_t room = 64 << 10;
   if (::fallocate(log_.get(), FALLOC_FL_KEEP_SIZE, 0, room) == 0 || errno != ENOSPC) return;
-  const Refusal refusal((base_ ? outputPath_ / baseName : outputPath_).string() + ": " +
-                        std::strerror(errno));
-  ::unlinkat(base_ ? base() : output(), logName().c_str(), 0);
+  const Refusal refusal(logFolder().string() + ": " + std::strerror(errno));
+  ::unlinkat(logPlace(), logName().c_str(), 0);
   throw refusal;
 }
 
@@ -134,11 +131,19 @@ void RunPlace::endLog() const {
 }
 
 RunPlace::~RunPlace() {
-  if (!run_) ::unlinkat(base_ ? base() : output(), logName().c_str(), 0);
+  if (!run_) ::unlinkat(logPlace(), logName().c_str(), 0);
 }
 
 std::string RunPlace::logName() const {
   return base_ ? suffix_ + ".log" : ".corvane-" + suffix_ + ".log";
+}
+
+int RunPlace::logPlace() const {
+  return base_ ? base() : output();
+}
+
+fs::path RunPlace::logFolder() const {
+  return base_ ? outputPath_ / baseName : outputPath_;
 }
 
 fs::path RunPlace::runFolder() const {

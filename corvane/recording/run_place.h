@@ -60,7 +60,10 @@ class RunPlace {
  private:
   bool take(const std::string& suffix);
   void keepRoom();
+  // Where the console lies for now, before settle() perhaps beside the base folder to come.
   std::string logName() const;
+  int logPlace() const;
+  std::filesystem::path logFolder() const;
 
   std::filesystem::path outputPath_;
   std::string suffix_;
