@@ -139,9 +139,10 @@ class Reading {
   }
   bool readOne(Sides::Side side, const std::string& folder) {
     if (chosenRun(folder).empty()) return false;
-    const auto run =
-        readChosen(folder, options_.choice,
-                   {.envelopes = true, .processEnvelopes = true, .moments = page_.has_value()});
+    const auto run = readChosen(folder, options_.choice,
+                                {.envelopes = true,
+                                 .processEnvelopes = runs::Envelope::smallCapacity,
+                                 .moments = page_.has_value()});
     if (!run) return false;
     sides_.add(side, *run);
     settings_.add(side, *run);

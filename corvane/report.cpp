@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr runs::Detail everything{.envelopes = true, .processEnvelopes = true, .moments = true};
+constexpr runs::Detail everything{
+    .envelopes = true, .processEnvelopes = runs::Envelope::detailedCapacity, .moments = true};
 
 /// What each run is called: its folder's name, with the folders above it that tell it from others
 /// of the same name.

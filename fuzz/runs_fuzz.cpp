@@ -48,7 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     paths.push_back(folder.write(prefix + "profiler_x.txt", part));
     content.remove_prefix(std::min(content.size(), part.size() + 1));
   }
-  const runs::Detail detail{.envelopes = true, .processEnvelopes = true, .moments = true};
+  const runs::Detail detail{
+      .envelopes = true, .processEnvelopes = runs::Envelope::detailedCapacity, .moments = true};
   check(runs::readRun(folder.path(), {}, detail));
   check(runs::readRun(folder.path(), {.from = 1, .to = 3, .processes = {"1*", "[a"}}, detail));
   for (const auto& path : paths)

@@ -32,6 +32,15 @@ void Envelope::add(double time, double value) {
   if (samples_.size() > capacity_) beginBuckets();
 }
 
+void Envelope::coarsen(std::size_t capacity) {
+  if (capacity >= capacity_) return;
+  capacity_ = capacity;
+  if (samples_.size() > capacity_) beginBuckets();
+  while (buckets_.size() > capacity_)
+    halve();
+  buckets_.shrink_to_fit();
+}
+
 void Envelope::beginBuckets() {
   const auto first = microsecondsOf(samples_.front().time);
   const auto last = std::max(first, microsecondsOf(samples_.back().time));

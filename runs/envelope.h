@@ -14,8 +14,9 @@ namespace runs {
 class Envelope {
  public:
   static constexpr std::size_t usualCapacity = 2048;
-  /// For what there may be thousands of.
+  /// For what there may be thousands of: all of them, and those that are looked at first.
   static constexpr std::size_t smallCapacity = 128;
+  static constexpr std::size_t detailedCapacity = 1024;
 
   struct Sample {
     double time;  // seconds of the run
@@ -31,9 +32,13 @@ class Envelope {
 
   /// A sample that is not earlier than the one before.
   void add(double time, double value);
+  /// Makes do with no more than `capacity` from now on.
+  void coarsen(std::size_t capacity);
 
   bool empty() const { return samples_.empty() && buckets_.empty(); }
   bool exact() const { return buckets_.empty(); }
+  /// Samples or buckets that are held.
+  std::size_t size() const { return samples_.size() + buckets_.size(); }
   /// All samples where they are exact; else none.
   std::span<const Sample> samples() const { return samples_; }
   /// The buckets where the samples are not exact; else none. The first one begins at firstBucket().

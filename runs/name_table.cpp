@@ -12,6 +12,7 @@ NameTable::Entry& NameTable::enter(const std::string& name, double time) {
     entry->sum.name = name;
     entry->sum.processes = 0;
     entry->sum.first = time;
+    entry->sum.cpuEnvelope = entry->sum.pssEnvelope = Envelope(envelopes_);
   } else if (entry->living == 0) {
     --ended_;
   }

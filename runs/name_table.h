@@ -19,6 +19,9 @@ class NameTable {
   /// when there are more than this.
   static constexpr std::size_t mostEnded = 1024;
 
+  /// With envelopes of this capacity.
+  explicit NameTable(std::size_t envelopes) : envelopes_(envelopes) {}
+
   struct Entry {
     Process sum;
     std::uint64_t living = 0;
@@ -33,6 +36,12 @@ class NameTable {
   /// A process will not have this name any more.
   void leave(Entry& entry);
 
+  template <class Visit>
+  void forEach(Visit visit) {
+    for (auto& [name, entry] : entries_)
+      visit(entry->sum);
+  }
+
   /// All names, with most processor time first.
   std::vector<Process> take();
   std::uint64_t dropped() const { return dropped_; }
@@ -41,6 +50,7 @@ class NameTable {
   void prune();
 
   std::unordered_map<std::string, std::unique_ptr<Entry>> entries_;
+  std::size_t envelopes_;
   std::size_t ended_ = 0;
   std::uint64_t dropped_ = 0;
 };

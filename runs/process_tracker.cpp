@@ -15,6 +15,9 @@ constexpr std::size_t mostEnded = 6 * keptEnded;
 /// Names of one process that are remembered; there are some that say in it what they do just now.
 constexpr std::size_t mostNames = 8;
 
+/// Samples of a listing from one look at the room that envelopes take to the next.
+constexpr std::uint64_t roomInterval = 32;
+
 std::size_t fieldOf(const Source& source, std::string_view metric) {
   const auto* const column = source.find(metric);
   return column == nullptr ? 0 : column->field;
@@ -51,7 +54,9 @@ bool ProcessTracker::isSame(const Entry& entry, std::size_t which, const Fields&
 
 ProcessTracker::Table::Index ProcessTracker::enter(int pid) {
   const auto index = table_.add(pid);
-  table_[index].process.pid = pid;
+  auto& process = table_[index].process;
+  process.pid = pid;
+  process.cpuEnvelope = process.pssEnvelope = Envelope(envelopes_);
   ++count;
   return index;
 }
@@ -133,7 +138,7 @@ void ProcessTracker::takeCpu(Entry& entry, Listing& listing, const Sample& sampl
   auto& process = entry.process;
   process.cpu.add(*usage);
   addToName(*name, listing, cpuListing, *usage);
-  if (envelopes_) process.cpuEnvelope.add(sample.time, *usage);
+  if (envelopes_ != 0) process.cpuEnvelope.add(sample.time, *usage);
   if (followMoments_ && *usage > 0)
     moments.candidate({process.pid, name->sum.name, *usage / 100 * sample.period});
 }
@@ -146,7 +151,7 @@ void ProcessTracker::takePss(Entry& entry, Listing& listing, const Sample& sampl
   if (!pss) return;
   entry.process.pss.add(sample.time, *pss);
   addToName(*name, listing, memoryListing, *pss);
-  if (envelopes_) entry.process.pssEnvelope.add(sample.time, *pss);
+  if (envelopes_ != 0) entry.process.pssEnvelope.add(sample.time, *pss);
 }
 
 void ProcessTracker::addToName(NameTable::Entry& name, Listing& listing, std::size_t which,
@@ -165,13 +170,24 @@ void ProcessTracker::sumNames(Listing& listing, std::size_t which) {
     sum.last = listing.time;
     if (which == cpuListing) {
       sum.cpu.add(name->now[which]);
-      if (envelopes_) sum.cpuEnvelope.add(listing.time, name->now[which]);
+      if (envelopes_ != 0) sum.cpuEnvelope.add(listing.time, name->now[which]);
     } else {
       sum.pss.add(listing.time, name->now[which]);
-      if (envelopes_) sum.pssEnvelope.add(listing.time, name->now[which]);
+      if (envelopes_ != 0) sum.pssEnvelope.add(listing.time, name->now[which]);
     }
   }
   listing.names.clear();
+}
+
+/// Detail is for all while they are few or the run is short.
+void ProcessTracker::saveRoom() {
+  auto all = eachOf(processes);
+  for (const auto index : table_.all()) {
+    settleTime(table_[index]);
+    all.push_back(&table_[index].process);
+  }
+  nameTable_.forEach([&](Process& sum) { all.push_back(&sum); });
+  coarsenAllButTop(all);
 }
 
 void ProcessTracker::endSample(const Sample& sample) {
@@ -190,6 +206,7 @@ void ProcessTracker::endSample(const Sample& sample) {
   listing.order.before.swap(listing.order.now);
   listing.order.now.clear();
   listing.order.next = 0;
+  if (envelopes_ > Envelope::smallCapacity && listing.sample % roomInterval == 0) saveRoom();
 }
 
 void ProcessTracker::retire(Table::Index index) {

@@ -17,8 +17,9 @@ namespace runs {
 /// nothing is lost where a process gets another one.
 class ProcessTracker {
  public:
-  ProcessTracker(ProcessFilter& filter, bool envelopes, bool moments)
-      : filter_(filter), envelopes_(envelopes), followMoments_(moments) {}
+  /// Envelopes of this capacity, 0 for none, are followed as long as there is room.
+  ProcessTracker(ProcessFilter& filter, std::size_t envelopes, bool moments)
+      : filter_(filter), envelopes_(envelopes), followMoments_(moments), nameTable_(envelopes) {}
 
   void beginSample(const Sample& sample);
   void row(const Sample& sample, const Fields& fields);
@@ -70,9 +71,11 @@ class ProcessTracker {
   void takePss(Entry& entry, Listing& listing, const Sample& sample, const Fields& fields);
   static void addToName(NameTable::Entry& name, Listing& listing, std::size_t which, double value);
   void sumNames(Listing& listing, std::size_t which);
+  void saveRoom();
 
   ProcessFilter& filter_;
-  bool envelopes_, followMoments_;
+  std::size_t envelopes_;
+  bool followMoments_;
   Table table_;
   std::array<Listing, 2> listings_;
   NameTable nameTable_;

@@ -7,18 +7,24 @@ namespace runs {
 
 namespace {
 
+/// Samples and buckets of all series of processes and names together: some 12 MB.
+constexpr std::size_t mostHeld = 500'000;
+
+/// How many keep detail in each respect.
+constexpr std::size_t detailed = 40;
+
 /// Marks the first `keep` by `rank` among those of which it is known.
 template <class Known, class Rank>
-void markTop(const std::vector<Process>& all, std::size_t keep, std::vector<bool>& marks,
+void markTop(const std::vector<Process*>& all, std::size_t keep, std::vector<bool>& marks,
              Known known, Rank rank) {
   std::vector<std::size_t> order;
   for (std::size_t i = 0; i < all.size(); ++i) {
-    if (known(all[i])) order.push_back(i);
+    if (known(*all[i])) order.push_back(i);
   }
   const auto before = [&](std::size_t a, std::size_t b) {
     // Of equals the earlier one, so that the choice does not hang on when it is made.
-    return std::tuple(-rank(all[a]), all[a].first, all[a].pid) <
-           std::tuple(-rank(all[b]), all[b].first, all[b].pid);
+    return std::tuple(-rank(*all[a]), all[a]->first, all[a]->pid) <
+           std::tuple(-rank(*all[b]), all[b]->first, all[b]->pid);
   };
   const auto count = std::min(keep, order.size());
   std::ranges::nth_element(order, order.begin() + std::ptrdiff_t(count), before);
@@ -26,17 +32,41 @@ void markTop(const std::vector<Process>& all, std::size_t keep, std::vector<bool
     marks[order[i]] = true;
 }
 
-}  // namespace
-
-void keepTop(std::vector<Process>& ended, std::size_t keep) {
-  std::vector<bool> marks(ended.size());
+std::vector<bool> topOf(const std::vector<Process*>& all, std::size_t keep) {
+  std::vector<bool> marks(all.size());
   const auto hasCpu = [](const Process& process) { return process.cpu.count != 0; };
   const auto hasPss = [](const Process& process) { return process.pss.count != 0; };
-  markTop(ended, keep, marks, hasCpu, [](const Process& process) { return process.cpuSeconds; });
-  markTop(ended, keep, marks, hasPss, [](const Process& process) { return process.pss.peak; });
-  markTop(ended, keep, marks, hasPss, [](const Process& process) { return process.pss.growth(); });
+  markTop(all, keep, marks, hasCpu, [](const Process& process) { return process.cpuSeconds; });
+  markTop(all, keep, marks, hasPss, [](const Process& process) { return process.pss.peak; });
+  markTop(all, keep, marks, hasPss, [](const Process& process) { return process.pss.growth(); });
+  return marks;
+}
+
+}  // namespace
+
+std::vector<Process*> eachOf(std::vector<Process>& processes) {
+  std::vector<Process*> all(processes.size());
+  std::ranges::transform(processes, all.begin(), [](Process& process) { return &process; });
+  return all;
+}
+
+void keepTop(std::vector<Process>& ended, std::size_t keep) {
+  const auto marks = topOf(eachOf(ended), keep);
   std::size_t at = 0;
   std::erase_if(ended, [&](const Process&) { return !marks[at++]; });
+}
+
+void coarsenAllButTop(const std::vector<Process*>& all) {
+  std::size_t held = 0;
+  for (const auto* const process : all)
+    held += process->cpuEnvelope.size() + process->pssEnvelope.size();
+  if (held <= mostHeld) return;
+  const auto marks = topOf(all, detailed);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (marks[i]) continue;
+    all[i]->cpuEnvelope.coarsen(Envelope::smallCapacity);
+    all[i]->pssEnvelope.coarsen(Envelope::smallCapacity);
+  }
 }
 
 }  // namespace runs

@@ -41,8 +41,7 @@ struct Process {
   double cpuSeconds = 0;        // processor time used in the part of the run that is meant
   Range cpu;                    // % of a core; no samples: not measured
   Course pss;                   // KB
-  Envelope cpuEnvelope{Envelope::smallCapacity};  // where asked for
-  Envelope pssEnvelope{Envelope::smallCapacity};
+  Envelope cpuEnvelope{}, pssEnvelope{};  // where asked for
 };
 
 /// Two readings of one process's processor time, in seconds, may run back by this much without it
@@ -53,7 +52,13 @@ inline constexpr double clockNoise = 0.02;
 /// memory and with most growth of memory, each.
 inline constexpr std::size_t keptEnded = 50;
 
+std::vector<Process*> eachOf(std::vector<Process>& processes);
+
 /// Leaves those of `ended` that belong to the first `keep` in one of these three respects.
 void keepTop(std::vector<Process>& ended, std::size_t keep);
+
+/// Where their envelopes hold more than there is room for, leaves detail only to those that belong
+/// to the first few in one of these three respects.
+void coarsenAllButTop(const std::vector<Process*>& all);
 
 }  // namespace runs

@@ -16,8 +16,8 @@ namespace runs {
 
 /// What is kept beyond the statistics.
 struct Detail {
-  bool envelopes = false;         // of the metrics
-  bool processEnvelopes = false;  // of processes and names
+  bool envelopes = false;            // of the metrics
+  std::size_t processEnvelopes = 0;  // capacity of those of processes and names; 0: none
   bool moments = false;
 };
 

@@ -8,6 +8,7 @@
 
 #include "envelope.h"
 #include "moments.h"
+#include "processes.h"
 #include "sources.h"
 #include "statistics.h"
 
@@ -50,14 +51,15 @@ TEST_P(Samples, StatisticsAreTheirsAndMerge) {
 
 TEST_P(Samples, EnvelopeHoldsEachInItsBucket) {
   std::mt19937 chance(7);
-  Envelope envelope(64);
+  Envelope envelope(256);
   std::vector<Envelope::Sample> all;
   double time = 1000;
   for (std::size_t i = 0; i < GetParam().count; ++i) {
+    if (i == GetParam().count / 2) envelope.coarsen(64);
     time += 0.001 * double(chance() % 2000);
     all.push_back({time, GetParam().value(chance)});
     envelope.add(all.back().time, all.back().value);
-    ASSERT_LE(std::max(envelope.samples().size(), envelope.buckets().size()), 64U);
+    ASSERT_LE(envelope.size(), i < GetParam().count / 2 ? 256U : 64U);
   }
   if (all.size() <= 64) {
     ASSERT_TRUE(envelope.exact());
@@ -92,6 +94,32 @@ INSTANTIATE_TEST_SUITE_P(
                  [](std::mt19937& chance) { return std::exp(double(chance() % 160) - 80); }},
         Sequence{"one", 300, [](std::mt19937&) { return 0.1; }}),
     [](const auto& each) { return each.param.name; });
+
+TEST(Processes, OnlyTheFirstKeepDetailWhereThereAreMany) {
+  constexpr int samples = 500;
+  for (const int count : {100, 900}) {
+    std::vector<Process> all(static_cast<std::size_t>(count));
+    std::vector<Process*> pointers;
+    for (int i = 0; i < count; ++i) {
+      auto& process = all[std::size_t(i)];
+      pointers.push_back(&process);
+      for (int sample = 1; sample <= samples; ++sample) {
+        process.cpu.add(i);
+        process.cpuEnvelope.add(sample, i);
+        process.pss.add(sample, i < 5 ? 10 * sample : i < 10 ? 9e6 : 800);
+        process.pssEnvelope.add(sample, i);
+      }
+      process.cpuSeconds = process.pid = i;
+    }
+    coarsenAllButTop(pointers);
+    for (const auto& process : all) {
+      // Growth and peak, of equals the first by PID; processor time.
+      const bool first = process.pid < 40 || process.pid >= count - 40;
+      EXPECT_EQ(process.cpuEnvelope.exact(), first || count == 100) << process.pid;
+      EXPECT_EQ(process.pssEnvelope.size() == samples, first || count == 100) << process.pid;
+    }
+  }
+}
 
 TEST(Moments, NameWhoUsedTheProcessors) {
   Moments moments;
