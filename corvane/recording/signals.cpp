@@ -6,14 +6,17 @@
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto patience = 20ms;    // for a report from the group
+constexpr auto oneByOne = 20ms;    // until the kernel has told all processes of a group
 constexpr auto sameEvent = 250ms;  // what comes twice within it (both ways) is one request
+constexpr auto answerPatience = 5s;
+constexpr unsigned char endOfAnswer = 0;
 
 sigset_t endingSignals() {
   sigset_t set;
@@ -78,50 +81,61 @@ int Signals::next() const {
 }
 
 GroupListener::GroupListener() {
-  std::array<int, 2> reports{}, life{};
-  if (::pipe2(reports.data(), O_CLOEXEC | O_NONBLOCK) != 0 || ::pipe2(life.data(), O_CLOEXEC) != 0)
+  std::array<int, 2> answers{}, questions{};
+  if (::pipe2(answers.data(), O_CLOEXEC | O_NONBLOCK) != 0 ||
+      ::pipe2(questions.data(), O_CLOEXEC) != 0)
     throw std::system_error(errno, std::generic_category());
   process_ = Child::fork([&] {
-    ::close(life[1]);
-    ::close(reports[0]);
-    reports_ = reports[1];
-    life_ = life[0];
-    listen();
+    ::close(questions[1]);
+    ::close(answers[0]);
+    listen(questions[0], answers[1]);
     return 0;
   });
-  ::close(reports[1]);
-  ::close(life[0]);
-  reports_ = reports[0];
-  life_ = life[1];
+  ::close(answers[1]);
+  ::close(questions[0]);
+  answers_ = answers[0];
+  questions_ = questions[1];
 }
 
 GroupListener::~GroupListener() {
-  ::close(life_);
-  ::close(reports_);
+  ::close(questions_);
+  ::close(answers_);
   process_.wait();
 }
 
-/// In the listening process, which was made with the signals blocked.
-void GroupListener::listen() {
+/// In the listening process, which was made with the signals blocked: they stay with it until it is
+/// asked, so that an answer is true however long this process waits for a processor.
+void GroupListener::listen(int questions, int answers) {
   const int signals = openSignals(endingSignals());
-  std::array<pollfd, 2> waited{{{.fd = signals, .events = POLLIN, .revents = 0},
-                                {.fd = life_, .events = POLLIN, .revents = 0}}};
-  while (waited[1].revents == 0) {
-    if (::poll(waited.data(), waited.size(), -1) < 0 && errno != EINTR) return;
-    while (const int signal = nextOf(signals)) {
+  unsigned char question = 0;
+  while (::read(questions, &question, 1) == 1) {
+    int signal = 0;
+    do {
+      signal = nextOf(signals);
       const auto report = static_cast<unsigned char>(signal);
-      [[maybe_unused]] const auto written = ::write(reports_, &report, 1);
-    }
+      [[maybe_unused]] const auto written = ::write(answers, &report, 1);
+    } while (signal != endOfAnswer);
+  }
+}
+
+void GroupListener::ask() {
+  const auto now = std::chrono::steady_clock::now();
+  [[maybe_unused]] const auto written = ::write(questions_, "?", 1);
+  pollfd answer{.fd = answers_, .events = POLLIN, .revents = 0};
+  unsigned char report = endOfAnswer;
+  while (::poll(&answer, 1, int(std::chrono::milliseconds(answerPatience).count())) > 0 &&
+         ::read(answers_, &report, 1) == 1 && report != endOfAnswer) {
+    if (report < NSIG) heardAt_[report] = now;
   }
 }
 
 bool GroupListener::heard(int signal) {
   const auto now = std::chrono::steady_clock::now();
-  pollfd reports{.fd = reports_, .events = POLLIN, .revents = 0};
-  unsigned char report = 0;
-  while (::poll(&reports, 1, int(patience.count())) > 0 && ::read(reports_, &report, 1) == 1) {
-    if (report < NSIG) heardAt_[report] = now;
-    if (report == signal) return true;
-  }
-  return now - heardAt_[signal] <= sameEvent;
+  const auto isHeard = [&] {
+    ask();
+    return now - heardAt_[signal] <= sameEvent;
+  };
+  if (isHeard()) return true;
+  std::this_thread::sleep_for(oneByOne);
+  return isHeard();
 }

@@ -41,14 +41,16 @@ class GroupListener {
   GroupListener& operator=(const GroupListener&) = delete;
 
   /// Whether the signal that this process has just received, or one like it a moment ago, went to
-  /// the group. Waits a moment for the answer.
+  /// the group. Waits for the answer: a moment, or on a machine without a free processor until the
+  /// listener has got one.
   bool heard(int signal);
 
  private:
-  void listen();
+  static void listen(int questions, int answers);
+  void ask();
 
-  int reports_ = -1;  ///< a byte for each signal
-  int life_ = -1;     ///< closed when this process ends
+  int questions_ = -1;  ///< a byte for each; closed when this process ends
+  int answers_ = -1;    ///< a byte for each signal since the last question, then a 0
   Child process_;
   Signals::Time heardAt_[NSIG] = {};
 };

@@ -224,8 +224,7 @@ def test_results_removed_in_mid_run(profiler, command):
     while b"Started all threads" not in process.stdout.readline():
         pass
     folder = profiler.folder / "Results_corvane/x"
-    while len(list(folder.glob("*.txt"))) < 2:
-        pass
+    wait_until(lambda: sum(path.stat().st_size > 0 for path in folder.glob("*.txt")) == 2)
     subprocess.run(command.format(folder).split(), check=True)
     process.send_signal(signal.SIGINT)
     run = profiler.finish(process)
