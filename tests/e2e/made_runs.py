@@ -83,7 +83,7 @@ def processes(seed, seconds=400, living=30):
             # The kernel may list one twice where others end meanwhile.
             rows += [(pid, life.name, 0.0, life.total, life.total, usage)] * chance.choice([1, 1, 1, 2])
             life.cpu.append((second + 0.0, life.total, usage))
-            size = chance.randrange(1, 1 << 20)
+            size = max(0, chance.randrange(-99999, 1 << 20))  # of those that may not be read it is 0
             memory.append((pid, 1, life.name, 2 * size, size, size, size))
             life.pss.append(((second * 1000000 + 512) / 1e6, float(size)))
         proc.append((second * 1000000, rows))

@@ -60,9 +60,10 @@ def full(kind):
     else:
         ours, its = pty.openpty() if kind == "terminal" else os.pipe()
     os.set_blocking(its, False)
-    with contextlib.suppress(BlockingIOError):
-        while os.write(its, b"=" * 99 + b"\n"):
-            pass
+    for piece in (b"=" * 99 + b"\n", b"\n"):
+        with contextlib.suppress(BlockingIOError):
+            while os.write(its, piece):
+                pass
     os.set_blocking(its, True)
     return ours, its
 
@@ -105,18 +106,21 @@ def test_reader_that_stands_still(profiler, kind, end):
     assert run.status == 0
 
 
-@pytest.mark.parametrize("gone", [False, True])
-def test_reader_of_errors_alone(profiler, gone):
+@pytest.mark.parametrize("end", ["reader", "signal", "gone"])
+def test_reader_of_errors_alone(profiler, end):
     """Gone or standing still: what the library says of what this machine lacks holds up and ends nothing."""
     ours, its = full("pipe")
-    if gone:
+    if end == "gone":
         os.close(ours)
     process = profiler.start("-garo -s 100 -t 1 --csv -f x", scripted=False, stderr=its)
     os.close(its)
     wait_until((profiler.folder / "Results_corvane/x/memprofiler_x.csv").exists)
-    process.send_signal(signal.SIGTERM)
+    if end == "reader":
+        assert "corvane: " in read_all(ours)
+    else:
+        process.send_signal(signal.SIGTERM)
     run = profiler.finish(process)
-    if not gone:
+    if end != "gone":
         os.close(ours)
     assert "SUMMARY" in run.out and "notifyThreadsExit" not in run.out
     assert run.status == 0

@@ -216,6 +216,8 @@ def test_what_stands_in_the_way(recorder, somebody_else):
                                   ("./noexec", 126, "may not be executed"), ("./foreign", 126, "Exec format error")]:  # fmt: skip
         run = recorder.run("--only mem --every 9ms -q", [command])
         assert (run.status, run.err) == (status, f"corvane: {command}: {said}\n")
+    (recorder.folder / "foreign").write_text("exit 5\n")  # a script that does not name its shell
+    assert recorder.run("--only mem --every 9ms -q", ["./foreign"]).status == 5
     for place, owner in ("dangling", os.geteuid()), ("foreign_link", 12345):
         (recorder.folder / place).mkdir()
         link = recorder.folder / place / "Results_corvane"

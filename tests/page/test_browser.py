@@ -2,6 +2,7 @@
 
 import json
 
+import browser
 import pytest
 from conftest import corvane, make_page
 from made_run import MadeRun, spike_run
@@ -66,6 +67,17 @@ def test_nobody_is_named_before_or_after_its_life(open_page, tmp_path, period):
         assert sorted(page.texts(".moment tbody td:first-child")) == [str(pid) for pid in [100, *named]], place
 
 
+def test_a_legend_tells_the_values_of_the_moment(open_page, tmp_path):
+    """In the unit of the axis; nothing where samples of a state are missing."""
+    run = MadeRun(tmp_path, "paused")
+    run.cpu((t, [50, 20]) for t in range(1, 41))
+    run.memory((t, 5 << 20) for t in range(1, 41) if not 14 < t < 19)
+    page = open_page(make_page(tmp_path / "page.html", run.folder))
+    for place, told in ((10, "5.00"), (16.5, "–"), (30, "5.00")):
+        page.pointer("#memory", ("move", place / 40))
+        page.wait("return document.querySelector('#memory .value').innerText === arguments[0]", told)
+
+
 def test_zoom_on_one_panel_moves_all(open_page, spike):
     page = open_page(spike)
     page.pointer("#memory", ("move", 0.5), ("down", 0.5), ("move", 0.6), ("move", 0.7), ("up", 0.7))
@@ -76,6 +88,10 @@ def test_zoom_on_one_panel_moves_all(open_page, spike):
             return to - from < 20 && [from, to].map(Number)""", f"#{panel}"))
     assert all(stretch == shown[0] for stretch in shown)
     assert shown[0] == pytest.approx([30, 42], abs=1)
+    for _ in range(5):
+        page.run("document.querySelector('.controls button:nth-of-type(2)').click()")  # past the end
+    page.wait("""const {from, to} = document.querySelector('#network').dataset;
+        return Math.abs(to - 60) < 0.01 && to - from < 20""")
     page.key("0")
     page.wait("return document.querySelector('.controls button:last-child').disabled")
 
@@ -109,6 +125,11 @@ def test_light_and_dark_wide_and_narrow(open_page, spike, width, dark):
     assert (int(red) < 60) == dark
     assert page.complaints() == []
     page.picture(f"{'dark' if dark else 'light'}-{width}")
+    drawings = """[...document.querySelectorAll('.strip canvas, #cores .plot canvas:first-of-type')]
+        .map((canvas) => canvas.toDataURL())"""
+    before = page.run("return " + drawings)
+    browser.show_as(page.driver, width, 900, not dark)
+    page.wait(f"return {drawings}.every((drawing, i) => drawing !== arguments[0][i])", before)
 
 
 def test_hostile_names_are_text(open_page, tmp_path):
