@@ -2,8 +2,9 @@
 // grid are dygraphs'; the lines are drawn through its plug-in hook straight from the arrays.
 //
 // A panel: {id, title, unit, factor, lines, ceiling, idle, heat}
-// A line:  {label, rest, series, colour, dash, hidden}: the label's words may be strangers', what
-// follows them as `rest` is ours.
+// A line:  {label, rest, series, colour, dash, hidden, folded}: the label's words may be strangers',
+// what follows them as `rest` is ours; what is folded is only counted until it is asked for.
+// Heat:    {rows, left}: what Heat draws, and how many rows there are besides
 
 const axisWidth = 52;
 
@@ -16,20 +17,36 @@ class Chart {
     this.plot = make('div', {class: 'plot'});
     this.cursor = make('div', {class: 'cursor', hidden: true});
     this.frame = make('div', {class: 'frame'}, this.plot, this.cursor);
-    this.heat = panel.heat && panel.heat.length ? new Heat(panel.heat, timeline) : null;
+    this.heat = panel.heat && panel.heat.rows.length ? new Heat(panel.heat.rows, timeline) : null;
     if (this.heat) this.frame.append(this.heat.element);
     const heading = make('h3', {}, panel.title, make('span', {class: 'unit'}, panel.unit));
     this.element = make('section', {class: 'panel', id: panel.id, 'aria-label': panel.title},
       make('header', {}, heading, this.note, this.legend), this.frame);
+    if (this.heat && panel.heat.left) this.element.append(make('p', {class: 'left note'}, `+ ${panel.heat.left} more cores`));
     if (panel.idle && panel.idle.length) this.element.append(idleList(panel.idle));
     followPointer(this.frame, timeline, () => this.area());
     this.setLines(panel.lines);
   }
 
   setLines(lines) {
-    this.lines = lines;
-    this.legend.replaceChildren(...lines.map((line) => this.entryOf(line)));
+    const folded = lines.filter((line) => line.folded);
+    this.lines = lines.filter((line) => !line.folded);
+    this.legend.replaceChildren(...this.lines.map((line) => this.entryOf(line)));
+    if (folded.length) this.legend.append(this.unfolderOf(folded));
     if (this.visible) this.draw();
+  }
+
+  /// Puts the others in its place, to be shown one by one.
+  unfolderOf(folded) {
+    const unfold = make('button', {type: 'button', class: 'entry unfold', title: 'List them'}, `+ ${folded.length} more`);
+    unfold.addEventListener('click', () => {
+      const entries = folded.map((line) => this.entryOf(line));
+      unfold.replaceWith(...entries);
+      entries[0].focus();
+      this.lines.push(...folded);
+      this.draw();
+    });
+    return unfold;
   }
 
   entryOf(line) {

@@ -18,14 +18,17 @@ function figure(value) {
   return fixed(value, size >= 100 || size === 0 ? 0 : size >= 10 ? 1 : 2);
 }
 
+const unitSteps = new Map(Object.entries({
+  KB: [['KB', 1], ['MB', 2 ** -10], ['GB', 2 ** -20]],
+  bytes: [['bytes', 1], ['KB', 2 ** -10], ['MB', 2 ** -20], ['GB', 2 ** -30]],
+  Hz: [['Hz', 1], ['kHz', 1e-3], ['MHz', 1e-6], ['GHz', 1e-9]],
+  'MB/s': [['KB/s', 2 ** 10], ['MB/s', 1]],
+  C: [['°C', 1]],
+}));
+
 /// How a file's unit is shown: the word for it and the factor to it, by the largest value there is.
 function scaleOf(unit, largest) {
-  const steps = {
-    KB: [['KB', 1], ['MB', 2 ** -10], ['GB', 2 ** -20]],
-    bytes: [['bytes', 1], ['KB', 2 ** -10], ['MB', 2 ** -20], ['GB', 2 ** -30]],
-    Hz: [['Hz', 1], ['kHz', 1e-3], ['MHz', 1e-6], ['GHz', 1e-9]],
-    'MB/s': [['KB/s', 2 ** 10], ['MB/s', 1]],
-  }[unit] || [[unit, 1]];
+  const steps = unitSteps.get(unit) || [[unit, 1]];
   const fitting = steps.filter(([, factor]) => largest * factor >= 1);
   const [word, factor] = largest > 0 && fitting.length ? fitting.at(-1) : steps.at(unit === 'MB/s' ? 1 : 0);
   return {word, factor};

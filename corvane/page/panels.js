@@ -1,15 +1,22 @@
 // Which panels a run has, from what was measured: the known sources first, then whatever else there
 // is by its unit. What never was above 0 is named, not drawn.
 
+/// In a map, as strangers' words are looked up in it.
+const wordsFor = (words) => new Map(Object.entries(words));
+const trafficWords = {
+  io: wordsFor({read: 'read', write: 'written'}),
+  net: wordsFor({received: 'received', sent: 'sent'}),
+};
+
 const layout = [
   {source: 'cpu', id: 'cores', title: 'Processor', ceiling: 100,
-    labels: {TotalCPU: 'all cores', CPUStealTime: 'taken by the hypervisor'}},
+    labels: wordsFor({TotalCPU: 'all cores', CPUStealTime: 'taken by the hypervisor'})},
   {id: 'processes-cpu', title: 'Processes by processor time', unit: '% of a core', processes: 'cpu'},
   {source: 'mem', id: 'memory', title: 'Memory and swap', only: 'KB',
-    labels: {Used_Mem: 'used', Swap_Used: 'swap used'}},
+    labels: wordsFor({Used_Mem: 'used', Swap_Used: 'swap used'})},
   {id: 'processes-memory', title: 'Processes by memory', unit: 'KB', processes: 'pss'},
-  {source: 'io', id: 'disks', title: 'Disks', labels: {read: 'read', write: 'written'}},
-  {source: 'net', id: 'network', title: 'Network', labels: {received: 'received', sent: 'sent'}},
+  {source: 'io', id: 'disks', title: 'Disks', labels: trafficWords.io},
+  {source: 'net', id: 'network', title: 'Network', labels: trafficWords.net},
   {source: 'gpu', title: 'GPU'},
   {source: 'adsp', title: 'Audio DSP'},
   {source: 'cdsp', title: 'Compute DSP'},
@@ -48,7 +55,7 @@ function processPanel(entry, runs, drawn) {
 /// A panel for each unit of the source.
 function sourcePanels(entry, runs) {
   const wanted = ({source, metric, unit}) => source === entry.source
-    && (!entry.labels || entry.labels[metric]) && (!entry.only || unit === entry.only);
+    && (!entry.labels || entry.labels.has(metric)) && (!entry.only || unit === entry.only);
   const found = runs.flatMap((run) => run.metrics.filter(wanted).map((metric) => ({run, metric})));
   const units = [...new Set(found.map(({metric}) => metric.unit))];
   return units.map((unit) => {
@@ -65,17 +72,18 @@ function unitPanel(entry, unit, found, runs) {
   const ranks = rankOf(active, entry.labels);
   const {word, factor} = scaleOf(unit, Math.max(...active.map(({metric}) => metric.max)));
   const rankOfItem = ({metric}) => ranks.get(keyOf(metric));
-  const ordered = active.filter((item) => rankOfItem(item) < mostLines)
-    .sort((one, other) => one.run.number - other.run.number || rankOfItem(one) - rankOfItem(other));
+  const ordered = [...active].sort((one, other) => one.run.number - other.run.number || rankOfItem(one) - rankOfItem(other));
   const lines = ordered.map(({run, metric}) => {
     const rank = ranks.get(keyOf(metric));
+    const shown = several ? 2 : shownAtFirst;
     return {
       label: labelOf(metric, entry.labels, active),
       rest: several ? ['· ', foreign(run.label)] : null,
       series: metric.series(),
-      colour: several ? run.colour : rank,
-      dash: several ? dashes[rank % dashes.length] : null,
-      hidden: rank >= (several ? 2 : shownAtFirst),
+      colour: several ? run.colour : rank % 8,
+      dash: dashes[(several ? rank : Math.floor(rank / 8)) % dashes.length],
+      hidden: rank >= shown || isLimit(metric),
+      folded: rank >= mostLines,
     };
   }).filter((line) => line.series);
   if (!lines.length) return null;
@@ -90,23 +98,32 @@ function keyOf(metric) {
   return `${metric.entity}\n${metric.metric}`;
 }
 
-/// The lines' order: as the layout has it for the machine as a whole, else the busiest first, the
-/// lines of one device beside each other.
+/// The least and the most that a core is allowed: cpu0min and cpu0max of cpu0.
+function isLimit({entity, metric}) {
+  return entity !== '' && metric !== entity && metric.startsWith(entity);
+}
+
+/// The lines' order: as the layout has it for the machine as a whole, else the highest peak first,
+/// the lines of one device beside each other, limits at the end.
 function rankOf(active, labels) {
-  const weight = new Map();
+  const peaks = new Map();
+  const ownerOf = ({entity, metric}) => entity || (labels ? '' : metric);
   for (const {metric} of active) {
-    weight.set(metric.entity, Math.max(weight.get(metric.entity) || 0, metric.mean));
+    const peak = isLimit(metric) ? 0 : Math.max(metric.max, -metric.min);
+    peaks.set(ownerOf(metric), Math.max(peaks.get(ownerOf(metric)) || 0, peak));
   }
-  const order = labels ? Object.keys(labels) : [];
+  const order = labels ? [...labels.keys()] : [];
   const unique = [...new Map(active.map(({metric}) => [keyOf(metric), metric])).values()];
-  unique.sort((one, other) => weight.get(other.entity) - weight.get(one.entity)
+  unique.sort((one, other) => isLimit(one) - isLimit(other)
+    || peaks.get(ownerOf(other)) - peaks.get(ownerOf(one))
     || order.indexOf(one.metric) - order.indexOf(other.metric));
   return new Map(unique.map((metric, rank) => [keyOf(metric), rank]));
 }
 
 function labelOf({entity, metric}, labels, active) {
-  const word = labels ? labels[metric] : metric.replace(/_/g, ' ');
+  const word = labels ? labels.get(metric) : metric.replace(/_/g, ' ');
   if (!entity) return word;
+  if (metric.startsWith(entity)) return `${entity} ${metric.slice(entity.length)}`.trim();
   const alone = new Set(active.map((other) => other.metric.metric)).size === 1;
   return alone ? entity : `${entity} ${word}`;
 }
@@ -118,9 +135,13 @@ function idleNames(found, active) {
 
 const mostCoreRows = {alone: 512, together: 64};
 
+/// The first cores of each run, and how many there are besides.
 function coreRows(runs) {
-  return runs.flatMap((run) => run.metrics
-    .filter(({source, entity, metric}) => source === 'cpu' && entity && metric === entity)
-    .map((metric) => ({label: runs.length > 1 ? `${run.number + 1} ${metric.entity}` : metric.entity,
-      series: metric.series()}))).slice(0, runs.length > 1 ? mostCoreRows.together : mostCoreRows.alone);
+  const alone = runs.length === 1;
+  const most = alone ? mostCoreRows.alone : Math.max(1, Math.floor(mostCoreRows.together / runs.length));
+  const coresOf = (run) => run.metrics
+    .filter(({source, entity, metric}) => source === 'cpu' && entity && metric === entity);
+  const rows = runs.flatMap((run) => coresOf(run).slice(0, most).map((metric) => ({
+    label: alone ? metric.entity : `${run.number + 1} ${metric.entity}`, series: metric.series()})));
+  return {rows, left: runs.flatMap(coresOf).length - rows.length};
 }

@@ -3,9 +3,8 @@
 function tilesOf(run) {
   return make('div', {class: 'tiles'}, [
     processorTile(run), memoryTile(run), swapTile(run),
-    trafficTile(run, {source: 'io', target: 'disks', name: 'Disk', words: {read: 'read', write: 'written'}}),
-    trafficTile(run, {source: 'net', target: 'network', name: 'Network',
-      words: {received: 'received', sent: 'sent'}}),
+    trafficTile(run, {source: 'io', target: 'disks', name: 'Disk'}),
+    trafficTile(run, {source: 'net', target: 'network', name: 'Network'}),
     processTile(run, 'cpu_seconds', 'Most processor time', 's'),
     processTile(run, 'pss_peak_kb', 'Most memory', 'KB'),
   ]);
@@ -44,12 +43,14 @@ function swapTile(run) {
 }
 
 /// The highest peak of all devices, the loopback left out unless there is nothing else.
-function trafficTile(run, {source, target, name, words}) {
-  const moving = run.metrics.filter((metric) => metric.source === source && words[metric.metric] && metric.max > 0);
+function trafficTile(run, {source, target, name}) {
+  const words = trafficWords[source];
+  const moving = run.metrics.filter((metric) => metric.source === source && words.has(metric.metric)
+    && metric.max > 0);
   const outside = moving.filter(({entity}) => entity !== 'lo');
   const [peak] = (outside.length ? outside : moving).sort((one, other) => other.max - one.max);
   return peak ? tile(target, `${name}, peak`, quantity(peak.max, peak.unit),
-    [`${words[peak.metric]}, `, foreign(peak.entity), `; mean ${quantity(peak.mean, peak.unit)}`]) : null;
+    [`${words.get(peak.metric)}, `, foreign(peak.entity), `; mean ${quantity(peak.mean, peak.unit)}`]) : null;
 }
 
 function processTile(run, key, name, unit) {

@@ -5,7 +5,7 @@ import json
 import browser
 import pytest
 from conftest import corvane, make_page
-from made_run import MadeRun, spike_run
+from made_run import MadeRun, columns, spike_run
 
 PANELS = ["cores", "processes-cpu", "memory", "processes-memory", "disks", "network"]
 HOSTILE = ["<img/src=x/onerror=alert(1)>", "</script><script>alert(2)</script>", "{{1+1}}%s&lt;b&gt;"]
@@ -134,7 +134,12 @@ def test_light_and_dark_wide_and_narrow(open_page, spike, width, dark):
 
 def test_hostile_names_are_text(open_page, tmp_path):
     for number in (1, 2):
-        spike_run(tmp_path, f"<b>run{number}<b>", names=HOSTILE, disk="<s>disk", interface="</style><u>net")
+        run = spike_run(tmp_path, f"<b>run{number}<b>", names=HOSTILE, disk="<s>disk", interface="</style><u>net")
+        odd = [["Time(usec)", "load(constructor)", "toString(__proto__)"], *([t * 1e6, 1.0, 2.0] for t in range(9))]
+        for source in ("odd", "pressure"):
+            (run / f"{source}profiler_{run.name}.txt").write_text(columns([25] * 3, odd))
+        cpu = run / f"cpuprofiler_{run.name}.txt"
+        cpu.write_text(cpu.read_text().replace("cpu1steal(%)", "toString(%) "))
     runs = sorted(tmp_path.iterdir())
     for name, chosen in (("one", runs[:1]), ("two", runs)):
         page = open_page(make_page(tmp_path / f"{name}.html", *chosen))
@@ -144,6 +149,9 @@ def test_hostile_names_are_text(open_page, tmp_path):
         page.wait("return document.querySelector('.moment tbody tr')")
         assert sorted(page.texts("#processes tbody .name:nth-child(2)")) == sorted(HOSTILE * len(chosen))
         assert page.run("return document.querySelectorAll('img, s, u, main script, .tables script').length") == 0
+        assert page.text("#pressure-constructor .entry .label") == "load"
+        assert page.texts("#odd-__proto__ h3") == ["odd__proto__"]
+        assert not any("toString" in text for text in page.texts("#cores .entry"))
         assert "<s>disk read" in " ".join(page.texts("#disks .entry"))
         assert "<b>run1<b>" in page.text("h1" if name == "one" else ".runs")
         assert page.complaints() == []
@@ -204,6 +212,32 @@ def test_several_runs_lie_over_each_other(open_page, tmp_path):
     page.wait("return document.querySelector('.moment tbody tr')")
     assert [text.split()[0:2] for text in page.texts(".moment tbody tr:first-child")] == [["200", "spiky"]]
     page.picture("several")
+
+
+def test_what_there_is_no_room_for_is_counted_and_listed_when_asked_for(open_page, tmp_path):
+    runs = []
+    for number in range(2):
+        run = MadeRun(tmp_path / str(number), "many")
+        run.cpu([(t, [50] * 40) for t in (1, 2)], cores=40)
+        zones = [[f"zone{i}(C)", *(95.0 if (i, t) == (17, 2) else 60.0 - i for t in (1, 2))] for i in range(20)]
+        clocks = [[f"cpu{i}{limit}(MHz)", clock, clock] for i in range(9)
+                  for limit, clock in (("", 600.0 + i), ("min", 300.0), ("max", 2800.0))]
+        for source, found in (("thermal", zones), ("freq", clocks)):
+            rows = zip(*[["Time(usec)", 1e6, 2e6], *found])
+            run.write(f"{source}profiler", columns([20] * (1 + len(found)), rows))
+        runs.append(run.folder)
+    page = open_page(make_page(tmp_path / "one.html", runs[0]))
+    shown = [f"#{panel} .entry[aria-pressed=true] .label" for panel in ("thermal-C", "freq-MHz")]
+    assert [page.texts(entries) for entries in shown] == [
+        ["zone17", *(f"zone{i}" for i in range(5))], [f"cpu{i}" for i in (8, 7, 6, 5, 4, 3)]]
+    assert page.texts(".unfold") == ["+ 12 more", "+ 19 more"]
+    page.run("document.querySelectorAll('.unfold').forEach((button) => button.click())")
+    assert len(page.texts("#thermal-C .entry")) == 20
+    assert page.texts("#freq-MHz .entry .label")[8:11] == ["cpu0", "cpu8 min", "cpu8 max"]
+    page.picture("many")
+    page = open_page(make_page(tmp_path / "two.html", *runs))
+    names = page.texts(".heat-names span")
+    assert ("1 cpu28" in names, "2 cpu28" in names, page.texts(".left")) == (True, True, ["+ 16 more cores"])
 
 
 def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
