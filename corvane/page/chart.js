@@ -10,7 +10,7 @@ const axisWidth = 52;
 
 class Chart {
   constructor(panel, timeline, clock, marks) {
-    Object.assign(this, {panel, timeline, clock, marks, graph: null, visible: false});
+    Object.assign(this, {panel, timeline, clock, marks, graph: null, visible: false, stale: true});
     this.note = make('span', {class: 'note',
       title: 'The line is the mean of each stretch of time, the band its least to its largest sample.'});
     this.legend = make('div', {class: 'legend'});
@@ -33,7 +33,7 @@ class Chart {
     this.lines = lines.filter((line) => !line.folded);
     this.legend.replaceChildren(...this.lines.map((line) => this.entryOf(line)));
     if (folded.length) this.legend.append(this.unfolderOf(folded));
-    if (this.visible) this.draw();
+    this.renew();
   }
 
   /// Puts the others in its place, to be shown one by one.
@@ -82,6 +82,7 @@ class Chart {
       this.graph = new Dygraph(this.plot, [[this.timeline.first, 0], [this.timeline.last, 0]],
         {...this.fixedOptions(), ...options});
     }
+    this.stale = false;
     if (this.heat) this.heat.draw();
     this.tellDetail();
     this.drawMoment();
@@ -177,7 +178,10 @@ class Chart {
     return series.exact || high === low ? high : `${low}…${high}`;
   }
 
-  resize() {
+  /// Draws it as large and in the colours as it is to be now, or once it comes into view.
+  renew() {
+    this.stale = true;
+    if (!this.visible) return;
     if (this.graph) this.graph.resize();
     this.draw();
   }

@@ -37,8 +37,7 @@ function heatShades() {
   });
 }
 
-/// Calls the function when the browser changes between light and dark, and around printing, which
-/// is always light.
+/// Calls the function when the browser changes between light and dark.
 function onThemeChange(action) {
   const renew = () => {
     readColours();
@@ -46,4 +45,16 @@ function onThemeChange(action) {
   };
   matchMedia('(prefers-color-scheme: dark)').addEventListener('change', renew);
   matchMedia('print').addEventListener('change', renew);
+}
+
+/// Calls the functions before and after printing. Paper is light: what is drawn for it has to have
+/// its colours before the browser changes to its style.
+function aroundPrint(before, after) {
+  const turn = (printing, action) => {
+    document.documentElement.classList.toggle('printing', printing);
+    readColours();
+    action();
+  };
+  window.addEventListener('beforeprint', () => turn(true, before));
+  window.addEventListener('afterprint', () => turn(false, after));
 }

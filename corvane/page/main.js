@@ -35,8 +35,8 @@ function start() {
       footOf(page)));
 
   const redraw = () => {
-    charts.filter((chart) => chart.visible).forEach((chart) => chart.draw());
-    moment.draw();
+    charts.forEach((chart) => chart.renew());
+    overview.draw();
   };
   connect(timeline, charts, overview, moment);
   drawn.listeners.push(() => {
@@ -47,20 +47,14 @@ function start() {
   });
   followKeys(timeline, stepper(charts, timeline));
   drawWhenSeen(charts);
-  onThemeChange(() => {
-    redraw();
-    overview.draw();
-  });
-  window.addEventListener('beforeprint', () => {
+  onThemeChange(redraw);
+  aroundPrint(() => {
     document.querySelector('#recording').open = true;
     charts.forEach((chart) => chart.draw());
-  });
+  }, redraw);
   overview.draw();
   moment.draw();
-  new ResizeObserver(perFrame(() => {
-    charts.filter((chart) => chart.visible).forEach((chart) => chart.resize());
-    overview.draw();
-  })).observe(document.querySelector('main'));
+  new ResizeObserver(perFrame(redraw)).observe(document.querySelector('main'));
 }
 
 /// A new stretch draws the panels in view; a new moment only moves the cursors.
@@ -75,7 +69,6 @@ function connect(timeline, charts, overview, moment) {
       if (!chart.visible) continue;
       if (chart.stale) chart.draw();
       else chart.drawMoment();
-      chart.stale = false;
     }
     overview.drawMoment();
     moment.draw();
@@ -88,8 +81,7 @@ function drawWhenSeen(charts) {
     for (const {target, isIntersecting} of entries) {
       const chart = chartOf.get(target);
       chart.visible = isIntersecting;
-      if (isIntersecting && (!chart.graph || chart.stale)) chart.draw();
-      if (isIntersecting) chart.stale = false;
+      if (isIntersecting && chart.stale) chart.renew();
     }
   }, {rootMargin: '150px'});
   charts.forEach((chart) => observer.observe(chart.element));
