@@ -107,7 +107,7 @@ int openToRead(const FilePath& file) {
   const int descriptor = openAt(file, O_RDONLY | fileFlags);
   struct stat info{};
   if (descriptor < 0 || file.in == nullptr || ::fstat(descriptor, &info) != 0) return descriptor;
-  return unless(S_ISREG(info.st_mode) && info.st_nlink != 1 ? otherNamesRefused : 0, descriptor);
+  return unless(S_ISREG(info.st_mode) && info.st_nlink > 1 ? otherNamesRefused : 0, descriptor);
 }
 
 int openToWrite(const FilePath& file) {
@@ -117,7 +117,7 @@ int openToWrite(const FilePath& file) {
   if (descriptor < 0) return -1;
   if (::fstat(descriptor, &info) != 0) return unless(errno, descriptor);
   if (!S_ISREG(info.st_mode)) return unless(kindRefused, descriptor);
-  if (info.st_nlink != 1) return unless(otherNamesRefused, descriptor);
+  if (info.st_nlink > 1) return unless(otherNamesRefused, descriptor);
   return unless(::ftruncate(descriptor, 0) != 0 ? errno : 0, descriptor);
 }
 

@@ -52,6 +52,7 @@ int report(const ReportOptions& options) {
     if (!run || file.hasFailed()) return Status::wrongUse;
     page.add(*run, labels[i]);
   }
+  page.setPart(selectionOf(options.choice));
   page.finish();
   if (!file.commit()) return Status::wrongUse;
   return options.output.empty() && !putOut(path + "\n") ? Status::wrongUse : Status::done;

@@ -182,10 +182,8 @@ void ProcessTracker::sumNames(Listing& listing, std::size_t which) {
 /// Detail is for all while they are few or the run is short.
 void ProcessTracker::saveRoom() {
   auto all = eachOf(processes);
-  for (const auto index : table_.all()) {
-    settleTime(table_[index]);
+  for (const auto index : table_.all())
     all.push_back(&table_[index].process);
-  }
   nameTable_.forEach([&](Process& sum) { all.push_back(&sum); });
   coarsenAllButTop(all);
 }

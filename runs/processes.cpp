@@ -32,11 +32,12 @@ void markTop(const std::vector<Process*>& all, std::size_t keep, std::vector<boo
     marks[order[i]] = true;
 }
 
-std::vector<bool> topOf(const std::vector<Process*>& all, std::size_t keep) {
+template <class ProcessorTime>
+std::vector<bool> topOf(const std::vector<Process*>& all, std::size_t keep, ProcessorTime cpu) {
   std::vector<bool> marks(all.size());
   const auto hasCpu = [](const Process& process) { return process.cpu.count != 0; };
   const auto hasPss = [](const Process& process) { return process.pss.count != 0; };
-  markTop(all, keep, marks, hasCpu, [](const Process& process) { return process.cpuSeconds; });
+  markTop(all, keep, marks, hasCpu, cpu);
   markTop(all, keep, marks, hasPss, [](const Process& process) { return process.pss.peak; });
   markTop(all, keep, marks, hasPss, [](const Process& process) { return process.pss.growth(); });
   return marks;
@@ -51,7 +52,8 @@ std::vector<Process*> eachOf(std::vector<Process>& processes) {
 }
 
 void keepTop(std::vector<Process>& ended, std::size_t keep) {
-  const auto marks = topOf(eachOf(ended), keep);
+  const auto cpu = [](const Process& process) { return process.cpuSeconds; };
+  const auto marks = topOf(eachOf(ended), keep, cpu);
   std::size_t at = 0;
   std::erase_if(ended, [&](const Process&) { return !marks[at++]; });
 }
@@ -61,7 +63,9 @@ void coarsenAllButTop(const std::vector<Process*>& all) {
   for (const auto* const process : all)
     held += process->cpuEnvelope.size() + process->pssEnvelope.size();
   if (held <= mostHeld) return;
-  const auto marks = topOf(all, detailed);
+  // The processor time of a name is known once its processes have ended.
+  const auto cpu = [](const Process& process) { return process.cpu.sum; };
+  const auto marks = topOf(all, detailed, cpu);
   for (std::size_t i = 0; i < all.size(); ++i) {
     if (marks[i]) continue;
     all[i]->cpuEnvelope.coarsen(Envelope::smallCapacity);

@@ -24,7 +24,7 @@ class Chart {
       make('header', {}, heading, this.note, this.legend), this.frame);
     if (this.heat && panel.heat.left) this.element.append(make('p', {class: 'left note'}, `+ ${panel.heat.left} more cores`));
     if (panel.idle && panel.idle.length) this.element.append(idleList(panel.idle));
-    followPointer(this.frame, timeline, () => this.area());
+    followPointer(this.frame, timeline, () => this.area(), (from, to) => this.peakWithin(from, to));
     this.setLines(panel.lines);
   }
 
@@ -63,6 +63,14 @@ class Chart {
       this.draw();
     });
     return entry;
+  }
+
+  /// The moment of the largest value that is drawn within a stretch of time.
+  peakWithin(from, to) {
+    const peaks = this.lines.filter((line) => line.series && !line.hidden)
+      .map((line) => line.series.peakWithin(from, to)).filter(Boolean);
+    return peaks.reduce((most, peak) => (peak.value > most.value ? peak : most),
+      {value: -Infinity, moment: (from + to) / 2}).moment;
   }
 
   area() {

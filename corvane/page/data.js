@@ -85,6 +85,19 @@ class Series {
     return before <= after ? next - 1 : next;
   }
 
+  /// The largest value that holds within a stretch of time, and a moment in it when it does; null
+  /// where none holds.
+  peakWithin(from, to) {
+    let best = -1;
+    const end = Math.min(this.length - 1, this.place(to));
+    for (let i = this.place(from); i <= end; i++) {
+      if (this.begin(i) <= to && !(best >= 0 && this.high[best] >= this.high[i])) best = i;
+    }
+    if (best < 0) return null;
+    const moment = this.exact ? this.time[best] : this.time[best] - this.step / 2;
+    return {value: this.high[best], moment: Math.min(to, Math.max(from, moment))};
+  }
+
   largest(from, to) {
     let largest = 0;
     const end = Math.min(this.length, this.place(to) + 1);
@@ -126,6 +139,9 @@ function unpackRun(run, arrayOf) {
     process.pss = lazily(process.pss, 'state', {...of, period: pssPeriod});
   }
   const {moments} = run;
+  // Else each stretch is one sample.
+  moments.coarse = moments.step > cpuPeriod;
+  moments.pause = Math.max(moments.step, 12.5 * cpuPeriod);
   for (const name of ['end', 'seconds', 'first', 'who', 'share']) moments[name] = arrayOf(moments[name]);
   return run;
 }

@@ -28,6 +28,20 @@ function swatch(colour) {
   return patch;
 }
 
+/// Draws something, or no longer draws it.
+function drawButton(colour, label, title) {
+  return make('button', {type: 'button', class: 'draw', title, 'aria-pressed': String(colour !== null)},
+    swatch(colour), make('span', {class: 'label'}, label));
+}
+
+/// Puts other rows into a table. What had the focus has it again in the row `of` the same thing.
+function replaceRows(body, rows) {
+  const focused = body.contains(document.activeElement) ? document.activeElement.closest('tr').of : null;
+  body.replaceChildren(...rows);
+  const again = focused && rows.find((row) => row.of === focused);
+  if (again) again.querySelector('button').focus({preventScroll: true});
+}
+
 /// Runs the function once before the next picture, however often it is asked for.
 function perFrame(action) {
   let asked = false;

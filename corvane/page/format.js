@@ -49,18 +49,25 @@ function duration(seconds) {
   return `${Math.floor(minutes / 60)}${thin}h ${String(minutes % 60).padStart(2, '0')}${thin}min`;
 }
 
-/// A moment of the run as text, on the clock of the machine that was measured where that is known.
-function makeClock(start) {
+/// A moment of the run as text, on the clock of the machine that was measured where that is known;
+/// with its day where the run, of which the ends are given, is not of one day.
+function makeClock(start, ends) {
   const zone = /(Z|([+-])(\d\d):?(\d\d))$/.exec(start || '');
   const epoch = zone ? Date.parse(start) : NaN;
-  if (!Number.isFinite(epoch)) return {known: false, label: elapsed, zero: 0};
+  if (!Number.isFinite(epoch)) return {known: false, label: elapsed, tick: elapsed, zero: 0};
   const minutes = zone[2] ? Number(`${zone[2]}1`) * (Number(zone[3]) * 60 + Number(zone[4])) : 0;
   const zero = epoch / 1000 + minutes * 60;
+  const day = (seconds) => new Date((zero + seconds) * 1000).toISOString().slice(0, 10);
+  const time = (seconds, step) => timeOfDay((((zero + seconds) % 86400) + 86400) % 86400, step);
+  const severalDays = ends !== undefined && day(ends.first) !== day(ends.last);
+  const short = (seconds) => day(seconds).slice(5);
   return {
     known: true,
     zero: zero % 86400,
-    label: (seconds, step) => timeOfDay((((zero + seconds) % 86400) + 86400) % 86400, step),
-    day: (seconds) => new Date((zero + seconds) * 1000).toISOString().slice(0, 10),
+    label: (seconds, step) => (severalDays ? `${short(seconds)} ${time(seconds, step)}` : time(seconds, step)),
+    // On an axis midnight stands for its day.
+    tick: (seconds, step) => (severalDays && (zero + seconds) % 86400 === 0 ? short(seconds) : time(seconds, step)),
+    day,
     zone: zone[1] === 'Z' ? 'UTC' : zone[1],
   };
 }
@@ -99,7 +106,7 @@ function timeTicks(from, to, most, clock) {
   const ticks = [];
   for (let number = first; number * step - clock.zero <= to + step * 1e-9; number++) {
     const moment = number * step - clock.zero;
-    ticks.push({v: moment, label: clock.label(moment, step)});
+    ticks.push({v: moment, label: clock.tick(moment, step)});
   }
   return ticks;
 }

@@ -1,6 +1,6 @@
 // The head of the page: what was recorded, and how.
 
-function headOf(runs) {
+function headOf(runs, part) {
   const [run] = runs;
   const title = runs.length > 1 ? `${runs.length} runs` : run.label;
   document.title = `${title} · corvane`;
@@ -9,7 +9,22 @@ function headOf(runs) {
   return make('header', {class: 'page-head'},
     make('p', {class: 'brand'}, 'corvane'), make('h1', {}, title),
     make('p', {class: 'facts'}, parts.filter(Boolean).flatMap((part, i) => (i ? [' · ', part] : [part]))),
-    runs.length > 1 ? runList(runs) : null);
+    runs.length > 1 ? runList(runs) : null, partOf(runs, part));
+}
+
+/// What the page is of, where that is not all of the runs.
+function partOf(runs, part) {
+  if (!part) return null;
+  const clock = makeClock(runs.length === 1 ? runs[0].run.start : null);
+  const words = [];
+  if (part.seconds) {
+    const [from, to] = part.seconds;
+    const end = to === null ? 'the end' : clock.label(to, to - from < 10 ? 0.1 : 1);
+    words.push(`from ${clock.label(from, to - from < 10 ? 0.1 : 1)} to ${end}`);
+  }
+  if (part.processes.length) words.push('of processes only ', foreign(part.processes.join(', ')));
+  return make('p', {class: 'part'}, 'A part of the recording: ',
+    words.flatMap((word, i) => (i && part.seconds && i === 1 ? ['; ', word] : [word])));
 }
 
 function startOf(run) {
@@ -28,9 +43,14 @@ function recordingOf(runs) {
     runs.map((run) => make('div', {class: 'columns'},
       make('div', {}, runs.length > 1 ? make('h3', {}, swatch(run.colour), run.label) : null,
         make('h3', {}, 'Sources'), sourceTable(run.run.sources),
-        listOf('Not measured', run.about.missing), listOf('Not whole', run.notes)),
+        listOf('Not measured', run.about.missing), listOf('Not whole', run.notes), listOf('Marks', marksOf(run))),
       run.about.facts.length
         ? make('div', {}, make('h3', {}, 'Machine and recording'), factList(run.about.facts)) : null)));
+}
+
+function marksOf(run) {
+  const clock = makeClock(run.run.start);
+  return run.about.marks.map(([moment, text]) => `${clock.label(moment, 0.1)} ${text}`);
 }
 
 function sourceTable(sources) {

@@ -10,8 +10,8 @@ function start() {
     unpackRun(run, page.arrayOf);
     return run;
   });
-  const clock = makeClock(runs.length === 1 ? runs[0].run.start : null);
   const {first, last} = endsOf(runs);
+  const clock = makeClock(runs.length === 1 ? runs[0].run.start : null, {first, last});
   const timeline = makeTimeline(first, last);
   const marks = runs.flatMap((run) => run.about.marks);
   const drawn = new Drawn(runs);
@@ -22,10 +22,10 @@ function start() {
   const overview = new Overview(timeline, clock, overviewLines(runs), marks,
     Math.max(...runs.map((run) => run.run.seconds)));
   const given = page.tables.map(givenTable);
-  const tables = [...processTables(runs, drawn, clock), figuresTable(runs)];
+  const tables = [...processTables(runs, drawn, clock, last - first), figuresTable(runs)];
 
   document.body.replaceChildren(
-    make('div', {class: 'page'}, headOf(runs),
+    make('div', {class: 'page'}, headOf(runs, page.part),
       ...given.map((table) => table.element),
       runs.length === 1 ? tilesOf(runs[0]) : null,
       recordingOf(runs), overview.element,

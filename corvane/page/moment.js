@@ -35,65 +35,68 @@ class Moment {
     }
     setText(this.title, `At ${momentText(this.clock, moment, to - from)}`);
     this.element.dataset.moment = moment;
-    let coarse = 0;
+    let coarse = 0;  // seconds that the shares shown are means of, at most
     for (const {run, body} of this.lists) {
       const found = processesAt(run, moment);
-      coarse = Math.max(coarse, found.step);
-      const most = this.runs.length > 1 ? 5 : momentRows;
-      body.replaceChildren(...found.rows.slice(0, most).map((row) => this.rowOf(row)));
+      const shown = found.slice(0, this.runs.length > 1 ? 5 : momentRows);
+      coarse = Math.max(coarse, ...shown.map((row) => row.step));
+      replaceRows(body, shown.map((row) => this.rowOf(row)));
     }
     const details = [pinned ? 'held' : '', coarse ? `mean of ${duration(coarse)}` : ''];
     setText(this.detail, details.filter(Boolean).join(' · '));
   }
 
-  rowOf({pid, name, share, pss, process}) {
+  rowOf({pid, name, share, pss, process, step, past}) {
     const colour = process ? this.drawn.colourOf(process) : null;
-    const hint = process ? 'Draw or no longer draw it' : null;
-    const row = make('tr', {class: process ? 'clickable' : '', title: hint},
-      make('td', {class: 'number'}, String(pid)), make('td', {class: 'name', title: name}, swatch(colour), name),
-      make('td', {class: 'number', 'data-exact': share}, share === null ? none : fixed(share, 1)),
+    const label = process ? drawButton(colour, name, 'Draw or no longer draw it') : [swatch(colour), name];
+    const title = past ? `${name}: in this stretch of time, but not at the moment itself` : name;
+    const of = step ? `Mean of ${duration(step)}` : null;
+    const row = make('tr', {class: [process ? 'clickable' : '', past ? 'past' : ''].join(' ').trim()},
+      make('td', {class: 'number'}, String(pid)), make('td', {class: 'name', title}, label),
+      make('td', {class: 'number', 'data-exact': share, title: of}, share === null ? none : fixed(share, 1)),
       make('td', {class: 'number'}, pss === null ? none : fixed(pss / 1024, 1)));
+    row.of = process;
     if (process) row.addEventListener('click', () => this.drawn.toggle(process));
     return row;
   }
 }
 
-/// Who used the processor then, most first: samples where the page has them, and the list that was
-/// kept of each stretch of the run, which also knows processes that were not kept themselves.
+/// Who used the processor then, most first: samples where the page has them, else means of buckets,
+/// and the list that was kept of each stretch of the run, which also knows processes that were not
+/// kept themselves. `step`: the seconds that a share is the mean of; 0: a sample.
 function processesAt(run, moment) {
   const rows = new Map();
-  let step = 0;
   for (const process of run.processes) {
     const cpu = valueAt(process.cpu(), moment);
     const pss = valueAt(process.pss(), moment);
     const idle = process.cpu_peak === 0 && process.isThere(moment);
-    const share = idle ? 0 : cpu && cpu.exact ? cpu.value : null;
     if (!cpu && !pss) continue;
-    rows.set(process, {pid: process.pid, name: process.name, process, share, pss: pss && pss.value});
+    rows.set(process, {pid: process.pid, name: process.name, process, share: idle ? 0 : cpu && cpu.value,
+      step: idle || !cpu ? 0 : cpu.step, pss: pss && pss.value});
   }
   for (const {pid, name, share, length, end} of usersAt(run.moments, moment)) {
     const known = run.processes.filter((other) => other.pid === pid && other.last > end - length
       && other.first <= end);
-    const process = known.find((other) => other.isThere(moment)) || null;
-    if (!process && known.some((other) => other.name === name)) continue;  // before or after its life
-    const row = process && rows.get(process);
-    if (row && row.share !== null) continue;
-    step = Math.max(step, length);
-    if (row) row.share = share;
-    else rows.set(process || pid, {pid, name, process, share, pss: null});
+    const there = known.find((other) => other.isThere(moment));
+    const process = there || known.find((other) => other.name === name) || null;
+    if (process && !there && !run.moments.coarse) continue;  // before or after its life
+    const step = run.moments.coarse ? length : 0;
+    const row = rows.get(process);
+    if (row && row.share !== null && row.step <= step) continue;
+    if (row) Object.assign(row, {share, step});
+    else rows.set(process || pid, {pid, name, process, share, step, pss: null, past: process && !there});
   }
-  const sorted = [...rows.values()].filter((row) => row.share !== null || row.pss !== null)
+  return [...rows.values()].filter((row) => row.share !== null || row.pss !== null)
     .sort((one, other) => (other.share ?? -1) - (one.share ?? -1) || (other.pss ?? -1) - (one.pss ?? -1));
-  return {rows: sorted, step};
 }
 
 function valueAt(series, moment) {
   const place = series ? series.at(moment) : -1;
-  return place < 0 ? null : {value: series.high[place], exact: series.exact};
+  return place < 0 ? null : {value: series.mid[place], step: series.step};
 }
 
 /// The stretch that ends at or after the moment, if it reaches back to it.
-function usersAt({end, seconds, first, who, share, people, step}, moment) {
+function usersAt({end, seconds, first, who, share, people, step, pause}, moment) {
   let place = 0;
   for (let high = end.length; place < high;) {
     const middle = (place + high) >> 1;
@@ -102,7 +105,7 @@ function usersAt({end, seconds, first, who, share, people, step}, moment) {
   }
   if (place === end.length) return [];
   const length = Math.max(step, seconds[place]);
-  if (end[place] - moment > length) return [];
+  if (end[place] - moment > Math.min(length, pause)) return [];
   const users = [];
   for (let i = first[place]; i < (first[place + 1] ?? who.length); i++) {
     const [pid, name] = people[who[i]];

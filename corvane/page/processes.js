@@ -79,7 +79,7 @@ function numberColumn(key, title, unit, decimals, {factor = 1, exactUnit, help} 
 
 const inMegabytes = {factor: 2 ** -10, exactUnit: 'KB'};
 
-function processTables(runs, drawn, clock) {
+function processTables(runs, drawn, clock, length) {
   const processes = runs.flatMap((run) => run.processes);
   const names = runs.flatMap((run) => run.names);
   const runColumn = runs.length < 2 ? []
@@ -88,7 +88,7 @@ function processTables(runs, drawn, clock) {
   const name = {key: 'name', title: 'Name', text: (row) => row.name};
   const moment = (key, title) => ({
     key, title, number: true, unit: clock.known ? clock.zone : '', exactUnit: 's', exact: (row) => row[key],
-    text: (row) => clock.label(row[key], 1),
+    text: (row) => momentText(clock, row[key], length),
   });
   const life = [moment('first', 'from'), moment('last', 'to')];
   const grown = numberColumn('pss_grown_kb', 'Grown by', 'MB', 1, inMegabytes);
@@ -140,11 +140,13 @@ function nameColumns(name, runColumn) {
   ];
 }
 
+const leastGrowth = 51;  // KB: less would be told as 0.0 MB
+
 /// Who has more memory at its end than at its beginning, and was there long enough for that to
 /// tell anything.
 function growingOf(runs) {
   return runs.flatMap((run) => run.processes.filter((process) => {
     process.pss_grown_kb = process.pss_last_kb - process.pss_first_kb;
-    return process.pss_grown_kb > 0 && process.last - process.first >= run.run.seconds / 10;
+    return process.pss_grown_kb > leastGrowth && process.last - process.first >= run.run.seconds / 10;
   }));
 }

@@ -1,6 +1,7 @@
 #include "report_page.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string_view>
@@ -144,6 +145,14 @@ void ReportPage::addTable(const nlohmann::json& table) {
   appendItem(tables_, inertText(table));
 }
 
+void ReportPage::setPart(const runs::Selection& part) {
+  const bool isWhole = part.from <= 0 && std::isinf(part.to);
+  if (isWhole && part.processes.empty()) return;
+  const Json seconds =
+      isWhole ? Json() : Json{part.from, std::isinf(part.to) ? Json() : Json(part.to)};
+  part_ = inertText(Json{{"seconds", seconds}, {"processes", part.processes}});
+}
+
 void ReportPage::finish() {
   samples_.finish();
   put_(pageText.middle);
@@ -151,6 +160,8 @@ void ReportPage::finish() {
   put_(runs_);
   put_("],\"tables\":[");
   put_(tables_);
-  put_("]}");
+  put_("],\"part\":");
+  put_(part_);
+  put_("}");
   put_(pageText.end);
 }

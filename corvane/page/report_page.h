@@ -23,6 +23,10 @@ class ReportPage {
   /// better, worse, same, inconclusive; any other one text. Texts may be anything.
   void addTable(const nlohmann::json& table);
 
+  /// Says that the page is of a part of each run: from one second of it to another (which may be
+  /// infinite), or of those processes alone. Without this it is of all.
+  void setPart(const runs::Selection& part);
+
   /// Ends the page.
   void finish();
 
@@ -30,4 +34,5 @@ class ReportPage {
   Put put_;
   SampleArrays samples_;
   std::string runs_, tables_;  // JSON, separated by commas
+  std::string part_ = "null";
 };

@@ -68,7 +68,7 @@ class Table {
       if (sorted) heading.setAttribute('aria-sort', this.order.down ? 'descending' : 'ascending');
       else heading.removeAttribute('aria-sort');
     });
-    this.body.replaceChildren(...rows.slice(0, this.limit).map((row) => this.lineOf(row)));
+    replaceRows(this.body, rows.slice(0, this.limit).map((row) => this.lineOf(row)));
     const all = this.rows.length;
     setText(this.count, rows.length === all ? `${all}` : `${rows.length} of ${all}`);
     const left = rows.length - this.limit;
@@ -81,9 +81,8 @@ class Table {
     const colour = this.mark ? this.mark(row) : null;
     if (this.onRow) {
       const first = line.firstChild;
-      const label = first.textContent;
-      first.replaceChildren(make('button', {type: 'button', class: 'draw', title: this.rowHint,
-        'aria-pressed': String(colour !== null)}, swatch(colour), label));
+      first.replaceChildren(drawButton(colour, first.textContent, this.rowHint));
+      line.of = row;
       line.classList.add('clickable');
       line.addEventListener('click', () => {
         if (!String(getSelection())) this.onRow(row);

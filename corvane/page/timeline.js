@@ -42,8 +42,9 @@ function makeTimeline(first, last) {
 }
 
 /// Drag to zoom, click to hold a moment, double click for the whole run; Shift and drag to move
-/// along, Ctrl and the wheel to zoom. `area()` gives the plot's left edge and width in the element.
-function followPointer(element, timeline, area) {
+/// along, Ctrl and the wheel to zoom. `area()` gives the plot's left edge and width in the element;
+/// `peakWithin(from, to)` the moment that is meant by the pixel that stands for all between.
+function followPointer(element, timeline, area, peakWithin) {
   const selection = make('div', {class: 'selection', hidden: true});
   element.append(selection);
   let drag = null;
@@ -53,6 +54,7 @@ function followPointer(element, timeline, area) {
     const share = Math.min(1, Math.max(0, (x - left) / width));
     return timeline.from + share * (timeline.to - timeline.from);
   };
+  const momentOn = (x) => peakWithin(momentAt(Math.floor(x)), momentAt(Math.floor(x) + 1));
 
   element.addEventListener('pointerdown', (event) => {
     if (event.button !== 0) return;
@@ -72,7 +74,7 @@ function followPointer(element, timeline, area) {
         selection.style.width = `${Math.abs(x - drag.x)}px`;
       }
     }
-    if (!timeline.pinned || (drag && drag.touch)) timeline.look(momentAt(x));
+    if (!timeline.pinned || (drag && drag.touch)) timeline.look(momentOn(x));
   });
   element.addEventListener('pointerup', (event) => {
     if (!drag) return;
@@ -82,7 +84,7 @@ function followPointer(element, timeline, area) {
     drag = null;
     selection.hidden = true;
     if (wasZoom) timeline.show(ends[0], ends[1]);
-    else if (!moved) timeline.pin(ends[0]);
+    else if (!moved) timeline.pin(momentOn(x));
   });
   element.addEventListener('pointercancel', () => {
     drag = null;
@@ -116,7 +118,8 @@ function followKeys(timeline, step) {
   };
   document.addEventListener('keydown', (event) => {
     const typing = /^(INPUT|SELECT|TEXTAREA)$/.test(event.target.tagName);
-    if (typing || event.ctrlKey || event.metaKey || event.altKey || !keys[event.key]) return;
+    const scrolling = event.key.startsWith('Arrow') && event.target.matches('.scroll');
+    if (typing || scrolling || event.ctrlKey || event.metaKey || event.altKey || !keys[event.key]) return;
     event.preventDefault();
     keys[event.key](event);
   });

@@ -1,5 +1,6 @@
 """Runs the built program in a folder of its own, with the scripted monitor library in front."""
 
+import contextlib
 import os
 import shlex
 import shutil
@@ -33,6 +34,15 @@ def wait_until(condition):
     while not condition():
         assert time.monotonic() < end
         time.sleep(0.005)
+
+
+def read_all(descriptor):
+    """To the end of a pipe, a socket or a terminal."""
+    pieces = []
+    with contextlib.suppress(OSError):  # a terminal's end
+        while pieces[-1:] != [b""]:
+            pieces.append(os.read(descriptor, 1 << 16))
+    return b"".join(pieces).decode().replace("\r\n", "\n")
 
 
 class Run:

@@ -9,7 +9,7 @@ import signal
 import socket
 
 import pytest
-from conftest import wait_until
+from conftest import read_all, wait_until
 
 
 @pytest.mark.parametrize("target", ["closed", "/dev/full"])
@@ -68,14 +68,6 @@ def full(kind):
     return ours, its
 
 
-def read_all(descriptor):
-    pieces = []
-    with contextlib.suppress(OSError):  # a terminal's end
-        while pieces[-1:] != [b""]:
-            pieces.append(os.read(descriptor, 1 << 16))
-    return b"".join(pieces).decode().replace("\r\n", "\n").lstrip("=\n")
-
-
 def texts(console):
     """The lines that are no rows, without their figures; which thread came first is chance."""
     lines = (line for line in console.split("\n") if line != ROW)
@@ -96,7 +88,7 @@ def test_reader_that_stands_still(profiler, kind, end):
     if end == "signal":
         process.send_signal(signal.SIGTERM)
     else:
-        console = read_all(ours)
+        console = read_all(ours).lstrip("=\n")
         assert texts(console) == texts(expected.out)
         # What room there was; a terminal's makes more of it a little later.
         assert console.count(ROW + "\n") < (ROWS if kind == "terminal" else 9)

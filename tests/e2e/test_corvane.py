@@ -11,7 +11,7 @@ import time
 
 import made_runs
 import pytest
-from conftest import CORVANE, FIXTURES, corvane
+from conftest import CORVANE, FIXTURES, corvane, read_all
 from made_runs import DISK, MEM, NET, PROC, line, text_of, write_run
 
 def shown(*arguments):
@@ -424,12 +424,12 @@ def test_colour_is_for_terminals_that_want_it(tmp_path):
         reader, writer = pty.openpty()
         corvane("show", folder, stdout=writer, stderr=writer, capture_output=False, env=os.environ | more)
         os.close(writer)
-        text = os.read(reader, 1 << 16)
+        text = read_all(reader)
         os.close(reader)
         return text
 
-    assert b"\x1b[1mProcessor" in on_terminal()
-    assert b"\x1b" not in on_terminal(NO_COLOR="1")
+    assert "\x1b[1mProcessor" in on_terminal()
+    assert "\x1b" not in on_terminal(NO_COLOR="1")
 
 
 def test_what_grows_without_end_is_bounded(tmp_path):

@@ -113,6 +113,11 @@ def test_sorts_filters_and_draws(open_page, spike):
     before = page.texts("#processes-cpu .entry .rest")
     page.run("document.querySelector('#names tbody tr:nth-child(2)').click()")
     assert set(page.texts("#processes-cpu .entry .rest")) - set(before) == {"(all 1)"}
+    page.run("""const button = document.querySelector('#names tbody tr:nth-child(2) button');
+        button.focus();
+        button.click()""")
+    assert page.run("return document.activeElement.closest('tr').rowIndex") == 2
+    assert page.texts("#processes-cpu .entry .rest") == before
 
 
 @pytest.mark.parametrize("width, dark", [(1440, False), (1440, True), (400, False), (400, True)])
@@ -200,12 +205,19 @@ def test_tells_where_and_when_it_was_recorded(open_page, tmp_path):
     page.run("document.querySelector('#recording').open = true")
     told = page.text("#recording")
     assert all(text in told for text in ("<b>\n</title><p>", "Not measured\ngpu: <u>none</u>"))
-    assert page.text(".mark") == "<b>pressed</b>"
+    assert page.text(".mark") == "<b>pressed</b>" and "Marks\n23:00:01.0 <b>pressed</b>" in told
     page.pointer("#cores", ("move", 0.5))
     page.wait("return document.querySelector('.readout').innerText.startsWith('23:00:00')")
     assert "23:00:00" in page.texts("#cores .dygraph-axis-label-x")
     assert page.complaints() == []
     page.picture("told")
+    run.metadata("2026-11-23T23:59:30.000000000+00:00", "host")
+    run.processes([(t, [(1, "one", t * 0.3, 30.0)]) for t in range(1, 61)])
+    page = open_page(make_page(tmp_path / "page.html", run.folder, "--to", "50", "--process", "o*"))
+    assert page.text(".part") == "A part of the recording: from 23:59:30 to 00:00:20; of processes only o*"
+    page.pointer("#cores", ("move", 0.7))
+    page.wait("return document.querySelector('.readout').innerText.startsWith('11-24 00:00:0')")
+    assert "11-24" in page.texts("#cores .dygraph-axis-label-x")
 
 
 def test_several_runs_lie_over_each_other(open_page, tmp_path):
@@ -252,6 +264,8 @@ def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
     run = MadeRun(tmp_path, "day")
     day, spike = 86400, 50000
     run.cpu((t, [100 if t == spike else 3, 100 if t == spike else 3]) for t in range(1, day + 1))
+    run.processes([(t, [(1, "steady", t * 0.3, 30.0), *([(2, "brief", 9.5, 95.0)] * (t == spike))])
+                   for t in range(10, day + 1, 10)])
     page = open_page(make_page(tmp_path / "page.html", run.folder))
     page.see("#cores")
 
@@ -265,6 +279,9 @@ def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
     width = page.pixels("#cores canvas:not(.heat canvas)")["width"]
     part = (seen[0] - 52) / (width - 53)
     assert part == pytest.approx(spike / day, abs=0.005)
+    page.pointer("#cores", ("move", part))  # one pixel, on which the page has the spike and its name
+    page.wait("return document.querySelector('#cores .value').innerText === '3.00…100'")
+    assert page.texts(".moment tbody .name") == ["steady", "brief"]
     page.picture("day")
     page.pointer("#cores", ("move", part - 0.002), ("down", part - 0.002), ("move", part + 0.006),
                  ("up", part + 0.006))
