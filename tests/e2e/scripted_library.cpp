@@ -76,7 +76,17 @@ void waitPeriod(int milliseconds) {
   if (!hasOwnTime) sleepMilliseconds(milliseconds);
 }
 
-/// Sends the signal and returns when the main thread has taken it.
+/// Whether the main thread waits for something.
+bool mainThreadSleeps() {
+  const auto id = std::to_string(getpid());
+  std::ifstream file("/proc/" + id + "/task/" + id + "/stat");
+  std::string text;
+  std::getline(file, text);
+  return text.find(") S ") != std::string::npos;
+}
+
+/// Sends the signal and returns when the main thread has taken it: it may lose its processor
+/// between that and the handler.
 void sendSignal(int number) {
   kill(getpid(), number);
   sigset_t pending;
@@ -84,6 +94,8 @@ void sendSignal(int number) {
     sleepMilliseconds(2);
     sigpending(&pending);
   } while (sigismember(&pending, number) == 1);
+  for (int patience = 2000; patience > 0 && !mainThreadSleeps(); --patience)
+    sleepMilliseconds(1);
 }
 
 /// The lines of one source that are left to play.
