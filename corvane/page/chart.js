@@ -29,6 +29,8 @@ class Chart {
   }
 
   setLines(lines) {
+    const before = new Map((this.lines || []).map((line) => [line.series, line]));
+    for (const line of lines) line.hidden = (before.get(line.series) || line).hidden;
     const folded = lines.filter((line) => line.folded);
     this.lines = lines.filter((line) => !line.folded);
     this.legend.replaceChildren(...this.lines.map((line) => this.entryOf(line)));
@@ -122,6 +124,7 @@ class Chart {
         },
       },
       axisTickSize: 3,
+      xAxisHeight: 20,
       axisLabelFontSize: 11,
     };
   }
@@ -150,10 +153,12 @@ class Chart {
     context.rect(x, y - 1, w, h + 2);
     context.clip();
     drawMarks(context, this.marks, scale, y, h);
-    for (const line of this.lines) {
-      if (line.hidden || !line.series) continue;
-      drawSeries(context, line.series, scale, lineColour(line.colour), line.dash);
+    const shown = this.lines.filter((line) => !line.hidden && line.series);
+    const coarse = shown.filter((line) => !line.series.exact);
+    for (const line of coarse) {
+      drawBand(context, line.series, scale, lineColour(line.colour), coarse.length > 1 ? faintBand : 0.32);
     }
+    for (const line of shown) drawLine(context, line.series, scale, lineColour(line.colour), line.dash);
     context.restore();
   }
 
@@ -201,9 +206,16 @@ function drawMarks(context, marks, scale, top, height) {
   for (const [moment] of marks) context.fillRect(Math.round(scale.x(moment)), top, 1, height);
 }
 
+const letters = [['T', 1e12], ['G', 1e9], ['M', 1e6], ['k', 1e3]];
+
+/// Short enough for the room beside the plot: 0.5, 5000, 12.5k, 1M.
 function axisNumber(value) {
   const size = Math.abs(value);
-  return fixed(value, size === 0 || size >= 10 ? 0 : Number.isInteger(value) ? 0 : size >= 1 ? 1 : 2);
+  if (size > 0 && size < 0.01) return String(Number(value.toPrecision(2)));
+  const [letter, factor] = (size >= 1e4 && letters.find(([, least]) => size >= least)) || ['', 1];
+  const short = value / factor;
+  const whole = Number.isInteger(short) || (!letter && size >= 10);
+  return fixed(short, whole ? 0 : size >= 1 ? 1 : 2) + letter;
 }
 
 function idleList(names) {
@@ -212,12 +224,14 @@ function idleList(names) {
     make('summary', {}, `${names.length} without any traffic`), make('p', {}, names.join(', ')));
 }
 
-/// A band from the least to the largest, where there is one, and the line over it: steps for what
-/// belongs to the time before a sample, straight from sample to sample for a state.
-function drawSeries(context, series, scale, colour, dash) {
-  const start = Math.max(0, series.place(scale.from) - 1);
-  const end = Math.min(series.length, series.place(scale.to) + 2);
-  if (!series.exact) drawBand(context, series, scale, colour, start, end);
+/// The places of a series that are seen, and one more at both ends.
+function placesIn(series, {from, to}) {
+  return [Math.max(0, series.place(from) - 1), Math.min(series.length, series.place(to) + 2)];
+}
+
+/// Steps for what belongs to the time before a sample, straight from sample to sample for a state.
+function drawLine(context, series, scale, colour, dash) {
+  const [start, end] = placesIn(series, scale);
   context.strokeStyle = colour;
   context.fillStyle = colour;
   context.globalAlpha = 1;
@@ -239,10 +253,15 @@ function drawSeries(context, series, scale, colour, dash) {
   if (series.exact && !stepped) drawSamples(context, series, scale, start, end);
 }
 
-/// On whole pixels, so that a stretch narrower than one is as plain to see as a wide one.
-function drawBand(context, series, scale, colour, start, end) {
+/// How strong a band is that lies over others, where lines have to be told apart.
+const faintBand = 0.18;
+
+/// From the least to the largest, on whole pixels, so that a stretch narrower than one is as plain to
+/// see as a wide one.
+function drawBand(context, series, scale, colour, strength) {
+  const [start, end] = placesIn(series, scale);
   context.fillStyle = colour;
-  context.globalAlpha = 0.32;
+  context.globalAlpha = strength;
   context.beginPath();
   for (let i = start; i < end; i++) {
     const left = Math.floor(scale.x(series.begin(i)));

@@ -87,21 +87,22 @@ function drawWhenSeen(charts) {
   charts.forEach((chart) => observer.observe(chart.element));
 }
 
+/// From where the first period begins to the last sample; stretches of a long run can reach farther.
 function endsOf(runs) {
-  const times = runs.flatMap((run) => run.metrics.map((metric) => metric.series())
+  const begins = runs.flatMap((run) => run.metrics.map((metric) => metric.series())
     .concat(run.processes.flatMap((process) => [process.cpu(), process.pss()]))
-    .filter((series) => series && series.length)
-    .map((series) => [series.begin(0), series.time[series.length - 1]]));
-  times.push(...runs.map((run) => run.ends));
-  const first = Math.min(...times.map(([begin]) => begin));
-  const last = Math.max(...times.map(([, end]) => end));
+    .filter((series) => series && series.exact && series.length)
+    .map((series) => series.begin(0)));
+  const first = Math.min(...begins, ...runs.map((run) => run.ends[0]));
+  const last = Math.max(...runs.map((run) => run.ends[1]));
   return Number.isFinite(first) && last > first ? {first, last} : {first: 0, last: 1};
 }
 
 function overviewLines(runs) {
   return runs.map((run) => {
     const total = run.metrics.find(({metric}) => metric === 'TotalCPU');
-    const any = total || run.metrics.find((metric) => metric.series());
+    const any = total || run.metrics.find((metric) => metric.series() && metric.max > metric.min)
+      || run.metrics.find((metric) => metric.series());
     return any && {series: any.series(), colour: runs.length > 1 ? run.colour : null};
   }).filter((line) => line && line.series);
 }

@@ -73,7 +73,7 @@ class Overview {
         y: (value) => height - 2 - (value / largest) * (height - 4),
       };
       if (colour === null) fillUnder(context, series, scale, palette.axis);
-      else drawSeries(context, series, scale, lineColour(colour));
+      else drawRun(context, series, scale, lineColour(colour));
     }
     this.drawMoment();
   }
@@ -99,6 +99,12 @@ function momentText(clock, moment, length) {
   return clock.label(moment, Math.min(1, 10 ** Math.floor(Math.log10(length / 400))));
 }
 
+/// One of several runs.
+function drawRun(context, series, scale, colour) {
+  if (!series.exact) drawBand(context, series, scale, colour, faintBand);
+  drawLine(context, series, scale, colour);
+}
+
 /// The run's shape in one colour, from 0 to the mean, fainter to the largest.
 function fillUnder(context, series, scale, colour) {
   context.fillStyle = colour;
@@ -107,7 +113,8 @@ function fillUnder(context, series, scale, colour) {
     context.globalAlpha = alpha;
     context.beginPath();
     for (let i = 0; i < series.length; i++) {
-      const left = scale.x(series.begin(i));
+      // A state has no length of its own; it fills what lies between it and the one before.
+      const left = scale.x(series.startsAnew(i) ? series.begin(i) : series.time[i - 1]);
       const top = scale.y(values[i]);
       context.rect(left, top, Math.max(scale.x(series.time[i]) - left, 0.5), bottom - top);
     }

@@ -9,7 +9,10 @@ class Drawn {
     this.listeners = [];
     const each = this.several ? Math.max(1, Math.floor(8 / runs.length)) : 5;
     for (const run of runs) {
-      topOf(run.processes, 'cpu_seconds', each).forEach((process) => this.sets.cpu.add(process));
+      const byTime = topOf(run.processes, 'cpu_seconds', each);
+      // In its first sample a process has a share, but has not yet used any time.
+      (byTime.length ? byTime : topOf(run.processes, 'cpu_mean', each))
+        .forEach((process) => this.sets.cpu.add(process));
       topOf(run.processes, 'pss_peak_kb', each).forEach((process) => this.sets.pss.add(process));
     }
     for (const process of [...this.sets.cpu, ...this.sets.pss]) this.slotOf(process);

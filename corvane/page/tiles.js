@@ -1,13 +1,14 @@
 // The headline figures of a run, each a link to where they come from.
 
 function tilesOf(run) {
-  return make('div', {class: 'tiles'}, [
+  const tiles = [
     processorTile(run), memoryTile(run), swapTile(run),
     trafficTile(run, {source: 'io', target: 'disks', name: 'Disk'}),
     trafficTile(run, {source: 'net', target: 'network', name: 'Network'}),
     processTile(run, 'cpu_seconds', 'Most processor time', 's'),
     processTile(run, 'pss_peak_kb', 'Most memory', 'KB'),
-  ]);
+  ].filter(Boolean);
+  return tiles.length ? make('div', {class: 'tiles'}, tiles) : null;
 }
 
 function tile(target, name, value, rest) {

@@ -111,7 +111,9 @@ def test_sorts_filters_and_draws(open_page, spike):
     assert page.texts("#growing tbody .name") == ["growing"]
     page.see("#processes-cpu")
     before = page.texts("#processes-cpu .entry .rest")
+    page.run("document.querySelector('#processes-cpu .entry').click()")
     page.run("document.querySelector('#names tbody tr:nth-child(2)').click()")
+    assert len(page.texts("#processes-cpu .entry[aria-pressed=false]")) == 1
     assert set(page.texts("#processes-cpu .entry .rest")) - set(before) == {"(all 1)"}
     page.run("""const button = document.querySelector('#names tbody tr:nth-child(2) button');
         button.focus();
@@ -260,6 +262,22 @@ def test_what_there_is_no_room_for_is_counted_and_listed_when_asked_for(open_pag
     assert ("1 cpu28" in names, "2 cpu28" in names, page.texts(".left")) == (True, True, ["+ 16 more cores"])
 
 
+def test_a_run_without_the_usual(open_page, tmp_path):
+    run = MadeRun(tmp_path, "states")
+    rows = [["Time(usec)", "battery(uW)"], *([t * 1e6, 2.4e6 + t] for t in range(1, 21))]
+    run.write("powerprofiler", columns([20] * 2, rows))
+    run.processes([(1, [(5, "early", 0.0, 40.0)])])
+    page = open_page(make_page(tmp_path / "page.html", run.folder))
+    assert page.texts("#power-uW .dygraph-axis-label-y") == ["0", "1M", "2M"]
+    assert page.texts("#processes-cpu .entry .label") == ["early"]
+    assert page.texts(".tiles") == []
+    full = page.run("""const {width, height} = document.querySelector('.strip canvas');
+        const strip = document.querySelector('.strip canvas').getContext('2d').getImageData(0, height - 9, width, 1);
+        return strip.data.filter((value, i) => i % 4 === 3 && value > 200).length / width""")
+    assert full > 0.9
+    page.picture("states")
+
+
 def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
     run = MadeRun(tmp_path, "day")
     day, spike = 86400, 50000
@@ -268,6 +286,7 @@ def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
                    for t in range(10, day + 1, 10)])
     page = open_page(make_page(tmp_path / "page.html", run.folder))
     page.see("#cores")
+    assert page.run("return document.querySelector('#cores').dataset.to") == str(day)
 
     def columns_with_ink(row):
         picture = page.pixels("#cores canvas:not(.heat canvas)")
