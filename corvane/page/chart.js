@@ -22,7 +22,9 @@ class Chart {
     const heading = make('h3', {}, panel.title, make('span', {class: 'unit'}, panel.unit));
     this.element = make('section', {class: 'panel', id: panel.id, 'aria-label': panel.title},
       make('header', {}, heading, this.note, this.legend), this.frame);
-    if (this.heat && panel.heat.left) this.element.append(make('p', {class: 'left note'}, `+ ${panel.heat.left} more cores`));
+    if (this.heat && panel.heat.left) {
+      this.element.append(make('p', {class: 'left note'}, `+ ${panel.heat.left} more cores`));
+    }
     if (panel.idle && panel.idle.length) this.element.append(idleList(panel.idle));
     followPointer(this.frame, timeline, () => this.area(), (from, to) => this.peakWithin(from, to));
     this.setLines(panel.lines);
@@ -40,7 +42,8 @@ class Chart {
 
   /// Puts the others in its place, to be shown one by one.
   unfolderOf(folded) {
-    const unfold = make('button', {type: 'button', class: 'entry unfold', title: 'List them'}, `+ ${folded.length} more`);
+    const unfold = make('button', {type: 'button', class: 'entry unfold', title: 'List them'},
+      `+ ${folded.length} more`);
     unfold.addEventListener('click', () => {
       const entries = folded.map((line) => this.entryOf(line));
       unfold.replaceWith(...entries);
