@@ -18,7 +18,7 @@ SUMMARY = (
 
 
 def test_whole_console(profiler):
-    run = profiler.run("-c -A 5 -t 1 -f x", "cpu 1 2 3\ncpu 2 2 4\n")
+    run = profiler.run("-c -A 5 -t 60 -f x", "cpu 1 2 3\ncpu signal=14 2 2 4\n")
     rows = "".join(
         name.rjust(30) + "".join("  |" + value.rjust(20) for value in values.split()) + "  |\n"
         for name, values in [
@@ -41,7 +41,7 @@ def test_whole_console(profiler):
         "--total-time option received. Setting the profiling time now.\n"
         "--file option received\nfilename = x\n"
         "The parameters and flags have the following values : \n\tcpu sampling time =  5\n"
-        "\n\tJsonfile = 0, \n\tCSVfile = 0, liveProfiling = 0, profilingTime = 1s, "
+        "\n\tJsonfile = 0, \n\tCSVfile = 0, liveProfiling = 0, profilingTime = 60s, "
         "Reached the constructor for dataendpoint.\nFilename x\n"
         "Directory creation successful.\nCreating the log folder now.\n"
         "Directory creation successful.\nThe logFolder is Results_corvane/x\n"
