@@ -56,7 +56,7 @@ def test_more_disks_counted_than_there_are(profiler):
 
 
 def test_qtimer_stamps_with_the_counter(profiler):
-    run = profiler.run("-c -A 5 -q -t 1 -f x", "cpu 1\n" * 3)
+    run = profiler.run("-c -A 5 -q -t 60 -f x", "cpu 1\n" * 3 + "cpu signal=2\n")
     start = float(re.match(r"qtime start = (.*)", run.out)[1])
     times = [float(line.split()[0]) for line in run.result("cpuprofiler").splitlines()[1:]]
     assert run.err.count("runs at") == run.err.count("Hz, not at 19200000") == bool(RUNNER)
