@@ -25,8 +25,21 @@ def test_draws_every_panel_without_a_word_or_a_request(open_page, spike):
         page.see(f"#{panel}")
         assert page.pixels(f"#{panel} canvas")["ink"].count("1") > 500
     assert "1" in page.pixels(".heat canvas")["ink"]
-    assert "loop0" in page.run("return document.querySelector('#disks .idle').textContent")
+    assert page.text("#disks .idle") == "Without any traffic: loop0"
+    assert page.texts(".tile-value")[2:4] == ["4.00\u202fMB/s", "2.00\u202fMB/s"]  # the busiest way
     assert page.complaints() == []
+    for panel in PANELS:  # reading a picture twice makes the browser complain
+        assert page.run("""const panel = document.querySelector(arguments[0]), canvas = panel.querySelector('canvas');
+            const {data} = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+            const colour = getComputedStyle(panel.querySelector('.swatch')).backgroundColor.match(/\\d+/g).map(Number);
+            return data.some((_, i) => i % 4 === 0 && colour.every((part, at) => data[i + at] === part))""", f"#{panel}")
+    for panel, begin, end in (("cores", 0, 1), ("memory", 1 / 60, 1)):  # lines without a gap, and steps
+        picture = page.pixels(f"#{panel} canvas")
+        width = picture["width"]
+        rows = [picture["ink"][at:at + width] for at in range(0, len(picture["ink"]), width)]
+        columns_of_line = range(54 + int(begin * (width - 53)), 50 + int(end * (width - 53)))
+        assert all(any(row[x] == "1" for row in rows) for x in columns_of_line)
+        assert panel == "memory" or "1" * 12 in next(row for row in rows if "1" in row)
     page.run("scrollTo(0, 0)")
     page.picture("spike")
     blocked = "return fetch('data:,x').then(() => 'fetched', () => 'blocked')"
@@ -37,13 +50,14 @@ def test_a_spike_has_a_name(open_page, spike):
     page = open_page(spike)
     page.pointer("#cores", ("move", 39.5 / 60))
     page.wait("return document.querySelector('.moment tbody tr')")
-    assert page.texts(".moment tbody tr:first-child td")[:3] == ["200", "spiky", "98.5"]
+    assert page.texts(".moment tbody tr:first-child td") == ["200", "spiky", "98.5", "6.8"]
     page.pointer("#cores", ("move", 0.2))
     page.wait("return document.querySelector('.moment tbody tr').innerText.includes('steady')")
     page.pointer("#cores", ("down", 39.5 / 60), ("up", 39.5 / 60), ("move", 0.9))
     page.wait("return document.querySelector('.moment.pinned tbody tr').innerText.includes('spiky')")
     page.picture("spike-held")
     page.key("ArrowRight")  # to the sample, whose period this is
+    page.wait("return document.querySelector('.moment').dataset.moment === '40'")
     page.key("ArrowRight")
     page.wait("return document.querySelector('.moment tbody tr').innerText.includes('steady')")
     page.key("Escape")
@@ -53,7 +67,7 @@ def test_a_spike_has_a_name(open_page, spike):
 @pytest.mark.parametrize("period", [1, 0.1])
 def test_nobody_is_named_before_or_after_its_life(open_page, tmp_path, period):
     run = MadeRun(tmp_path, "short-lived")
-    lives = {100: range(1, 41), 200: [10], 300: [20, 21, 22]}
+    lives = {10000: range(1, 41), 200: [10], 300: [20, 21, 22]}
     there = [(i, [pid for pid, life in lives.items() if i in life]) for i in range(1, 41)]
     run.cpu((i * period, [50, 20]) for i in range(1, 41))
     run.processes([(i * period, [(pid, f"p{pid}", 0.9 * i * period, 95.3) for pid in pids]) for i, pids in there])
@@ -64,18 +78,22 @@ def test_nobody_is_named_before_or_after_its_life(open_page, tmp_path, period):
         page.pointer("#cores", ("move", place / 40))
         page.wait("return Math.abs(document.querySelector('.moment').dataset.moment - arguments[0]) < arguments[1]",
                   place * period, 0.2 * period)
-        assert sorted(page.texts(".moment tbody td:first-child")) == [str(pid) for pid in [100, *named]], place
+        assert sorted(page.texts(".moment tbody td:first-child")) == [str(pid) for pid in [10000, *named]], place
+    assert sorted(page.texts("#processes tbody td:first-child")) == ["10000", "200", "300"]
 
 
 def test_a_legend_tells_the_values_of_the_moment(open_page, tmp_path):
     """In the unit of the axis; nothing where samples of a state are missing."""
     run = MadeRun(tmp_path, "paused")
     run.cpu((t, [50, 20]) for t in range(1, 41))
-    run.memory((t, 5 << 20) for t in range(1, 41) if not 14 < t < 19)
+    run.memory((t, 5 << 20) for t in range(1, 41) if not 14 < t < 24 or t == 19)
     page = open_page(make_page(tmp_path / "page.html", run.folder))
     for place, told in ((10, "5.00"), (16.5, "–"), (30, "5.00")):
         page.pointer("#memory", ("move", place / 40))
         page.wait("return document.querySelector('#memory .value').innerText === arguments[0]", told)
+    picture = page.pixels("#memory canvas")
+    lone = 52 + round(19 / 40 * (picture["width"] - 53))
+    assert "1" in picture["ink"][lone::picture["width"]]
 
 
 def test_zoom_on_one_panel_moves_all(open_page, spike):
@@ -94,6 +112,10 @@ def test_zoom_on_one_panel_moves_all(open_page, spike):
         return Math.abs(to - 60) < 0.01 && to - from < 20""")
     page.key("0")
     page.wait("return document.querySelector('.controls button:last-child').disabled")
+    for title, stretch in (("Closer (+)", [21, 51]), ("Earlier (Shift ←)", [6, 36]), ("Farther (−)", [0, 60])):
+        page.run("document.querySelector(`.controls [title='${arguments[0]}']`).click()", title)
+        page.wait("""const {from, to} = document.querySelector('#network').dataset;
+            return [from, to].every((end, i) => Math.abs(end - arguments[0][i]) < 0.1)""", stretch)
 
 
 def test_sorts_filters_and_draws(open_page, spike):
@@ -105,7 +127,7 @@ def test_sorts_filters_and_draws(open_page, spike):
     page.run("document.querySelectorAll('#processes th button')[4].click()")
     assert page.run(names) == ["growing", "steady", "spiky"]
     page.run("""const input = document.querySelector('#processes input');
-        input.value = 'GROW';
+        input.value = 'GROW 0';
         input.dispatchEvent(new Event('input'))""")
     assert page.run(names) == ["growing"]
     assert page.texts("#growing tbody .name") == ["growing"]
@@ -114,6 +136,7 @@ def test_sorts_filters_and_draws(open_page, spike):
     page.run("document.querySelector('#processes-cpu .entry').click()")
     page.run("document.querySelector('#names tbody tr:nth-child(2)').click()")
     assert len(page.texts("#processes-cpu .entry[aria-pressed=false]")) == 1
+    assert page.texts("#names tbody [aria-pressed=true]") == page.texts("#names tbody tr:nth-child(2) .name")
     assert set(page.texts("#processes-cpu .entry .rest")) - set(before) == {"(all 1)"}
     page.run("""const button = document.querySelector('#names tbody tr:nth-child(2) button');
         button.focus();
@@ -230,6 +253,8 @@ def test_several_runs_lie_over_each_other(open_page, tmp_path):
     colours = page.run("""return ['#cores .swatch', '#processes-cpu .swatch'].map((patches) =>
         new Set([...document.querySelectorAll(patches)].map((patch) => patch.style.background)).size)""")
     assert colours == [2, 2]
+    strip = page.pixels(".strip canvas")
+    assert "1" in strip["ink"][int(0.9 * strip["width"])::strip["width"]]  # where only one of them still runs
     page.pointer("#cores", ("move", 69.5 / 90))
     page.wait("return document.querySelector('.moment tbody tr')")
     assert [text.split()[0:2] for text in page.texts(".moment tbody tr:first-child")] == [["200", "spiky"]]
@@ -295,6 +320,9 @@ def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
     assert "min–max per 67.1" in page.text("#cores header")
     seen = columns_with_ink(30)
     assert seen and seen[-1] - seen[0] < 4
+    assert page.run("""return document.querySelector('#cores canvas').getContext('2d')
+        .getImageData(arguments[0], 30, 1, 1).data[3]""", seen[0]) < 128  # a line shows through
+    assert page.texts("#processes tbody tr:first-child td")[-2:] == ["10\u202fs", "1d 0:00:00"]
     width = page.pixels("#cores canvas:not(.heat canvas)")["width"]
     part = (seen[0] - 52) / (width - 53)
     assert part == pytest.approx(spike / day, abs=0.005)
