@@ -18,6 +18,8 @@ BUILD = Path(os.environ["CORVANE_BUILD"])
 RUNNER = shlex.split(os.environ.get("CORVANE_RUNNER", ""))  # an emulator, for another processor
 PROGRAM = [*RUNNER, str(BUILD / "profiler_app")]
 CORVANE = [*RUNNER, str(BUILD / "corvane")]
+SANITIZED = os.environ.get("CORVANE_SANITIZE")
+no_thread_sanitizer = pytest.mark.skipif(SANITIZED == "thread", reason="its own memory is files of this size")
 PATIENCE = int(os.environ.get("CORVANE_PATIENCE", "60"))  # seconds for what is awaited
 
 

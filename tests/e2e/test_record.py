@@ -12,7 +12,7 @@ import termios
 import time
 
 import pytest
-from conftest import BUILD, CORVANE, PROGRAM, RUNNER, corvane, wait_until
+from conftest import BUILD, CORVANE, PROGRAM, RUNNER, corvane, no_thread_sanitizer, wait_until
 from made_runs import line, write_run
 from test_sources import CASES, check_result_file
 
@@ -322,6 +322,7 @@ def test_second_signal_leaves_out_the_conversions(recorder):
     assert sorted(os.listdir(folder)) == ["cpuprofiler_earlier.txt", "cpuprofiler_x.txt"]
 
 
+@no_thread_sanitizer
 def test_full_disk_is_told(recorder):
     full = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (8000, 8000))  # noqa: E731
     run = recorder.run("--only cpu --every 1ms --for 1s --name x --csv -q", preexec_fn=full,

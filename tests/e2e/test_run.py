@@ -8,7 +8,7 @@ import signal
 import subprocess
 
 import pytest
-from conftest import RUNNER, wait_until
+from conftest import RUNNER, SANITIZED, no_thread_sanitizer, wait_until
 
 SUMMARY = (
     "+" * 47 + "SUMMARY" + "+" * 48 + "\n\n"
@@ -172,11 +172,6 @@ def test_300_starts_by_who_may_write_nothing_here(profiler, somebody_else):
         assert run.status == 0
         assert all(line.startswith("corvane: ") for line in run.err.splitlines())
 
-
-SANITIZED = os.environ.get("CORVANE_SANITIZE")
-no_thread_sanitizer = pytest.mark.skipif(
-    SANITIZED == "thread", reason="its own memory is files of this size"
-)
 
 
 def limit(resource_kind, size):
