@@ -9,7 +9,7 @@ const trafficWords = {
 };
 
 const layout = [
-  {source: 'cpu', id: 'cores', title: 'Processor', ceiling: 100,
+  {source: 'cpu', id: 'cores', title: 'Processor',
     labels: wordsFor({TotalCPU: 'all cores', CPUStealTime: 'taken by the hypervisor'})},
   {id: 'processes-cpu', title: 'Processes by processor time', unit: '% of a core', processes: 'cpu'},
   {source: 'mem', id: 'memory', title: 'Memory and swap', only: 'KB',

@@ -173,7 +173,6 @@ def test_300_starts_by_who_may_write_nothing_here(profiler, somebody_else):
         assert all(line.startswith("corvane: ") for line in run.err.splitlines())
 
 
-
 def limit(resource_kind, size):
     return lambda: resource.setrlimit(resource_kind, (size, size))
 
