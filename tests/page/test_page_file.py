@@ -76,6 +76,18 @@ def test_of_a_long_run_nothing_is_lost(tmp_path):
     assert all(share == pytest.approx(30) for share in numbers(shown["moments"]["share"]))
 
 
+def test_arrays_lie_where_they_are_told_to(tmp_path):
+    """Behind an odd number of 32-bit ones, and times of two metrics that are not the first ones."""
+    run = MadeRun(tmp_path, "odd")
+    run.cpu((t, [50, 20]) for t in range(1, 60))
+    run.memory((t + 0.5, 5 << 20) for t in range(1, 60))
+    head, numbers = read(make_page(tmp_path / "page.html", run.folder))
+    for metric, value in (("Used_Mem", 5 << 20), ("Total_Mem", 1 << 24)):
+        series = of(head["runs"][0]["metrics"], metric=metric)["series"]
+        assert numbers(series["time"]) == [t + 0.5 for t in range(1, 60)]
+        assert numbers(series["high"]) == [value] * 59
+
+
 def test_tells_of_the_recording(tmp_path):
     run = spike_run(tmp_path, "spike", names=("steady", "</script>", "<!--<script>"))
     run.with_suffix(".run.json").write_text(json.dumps({
