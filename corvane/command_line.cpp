@@ -35,6 +35,12 @@ CLI::Validator numberCheck(const char* what, double least) {
   return {check, "", ""};
 }
 
+/// An option with one word each time it is given; what follows belongs to something else.
+CLI::Option* addList(CLI::App& command, const char* name, std::vector<std::string>& words,
+                     const char* text) {
+  return command.add_option(name, words, text)->expected(1)->allow_extra_args(false)->take_all();
+}
+
 void addSelection(CLI::App& app, RunChoice& choice) {
   const auto seconds = numberCheck("number of seconds", std::numeric_limits<double>::lowest());
   app.add_option("--from", choice.from, "Leave out what was before this second of the run")
@@ -43,11 +49,9 @@ void addSelection(CLI::App& app, RunChoice& choice) {
   app.add_option("--to", choice.to, "Leave out what was after this second of the run")
       ->type_name("S")
       ->check(seconds);
-  app.add_option("--process", choice.processes,
-                 "Only processes of this name (a shell pattern) or PID; may be repeated")
-      ->type_name("NAME|PID")
-      ->expected(1)
-      ->take_all();
+  addList(app, "--process", choice.processes,
+          "Only processes of this name (a shell pattern) or PID; may be repeated")
+      ->type_name("NAME|PID");
 }
 
 void addRunChoice(CLI::App& app, RunChoice& choice) {
@@ -89,18 +93,12 @@ void addCompare(CLI::App& app, CompareOptions& options, Chosen& chosen) {
                    "Tell changes of at least so much of the base value (1% unless set)")
       ->type_name("N%")
       ->transform(CLI::Validator(readShare, ""));
-  command
-      ->add_option("--more-is-better", options.moreIsBetter,
-                   "More of this metric is better; may be repeated")
-      ->type_name("METRIC")
-      ->expected(1)
-      ->take_all();
-  command
-      ->add_option("--fail-if", options.failIf,
-                   "Status 1 where this holds, as 'memory.Used_Mem.p95 > +5%'; may be repeated")
-      ->type_name("CONDITION")
-      ->expected(1)
-      ->take_all();
+  addList(*command, "--more-is-better", options.moreIsBetter,
+          "More of this metric is better; may be repeated")
+      ->type_name("METRIC");
+  addList(*command, "--fail-if", options.failIf,
+          "Status 1 where this holds, as 'memory.Used_Mem.p95 > +5%'; may be repeated")
+      ->type_name("CONDITION");
   command->add_option("--report", options.report, "Write a page of both sides over each other")
       ->type_name("FILE.html");
   command->add_flag("--all", options.all, "What has not changed, too");
@@ -143,11 +141,6 @@ void addReport(CLI::App& app, ReportOptions& options, Chosen& chosen) {
                    "The page; unless named, the first run's name with .html, here")
       ->type_name("FILE");
   command->callback([&] { chosen.run = [&] { return report(options); }; });
-}
-
-CLI::Option* addList(CLI::App& command, const char* name, std::vector<std::string>& words,
-                     const char* text) {
-  return command.add_option(name, words, text)->expected(1)->take_all();
 }
 
 void addRecord(CLI::App& app, RecordOptions& options, Chosen& chosen) {

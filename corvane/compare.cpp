@@ -139,6 +139,7 @@ class Reading {
   }
   bool readOne(Sides::Side side, const std::string& folder) {
     if (chosenRun(folder).empty()) return false;
+    if (page_ && isResultFile(options_.report, folder)) return false;
     const auto run = readChosen(folder, options_.choice,
                                 {.envelopes = true,
                                  .processEnvelopes = runs::Envelope::smallCapacity,

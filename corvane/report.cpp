@@ -44,6 +44,8 @@ int report(const ReportOptions& options) {
     if (folders.back().empty()) return Status::wrongUse;
   }
   const auto path = options.output.empty() ? labelOf(folders.front()) + ".html" : options.output;
+  if (std::ranges::any_of(folders, [&](const auto& folder) { return isResultFile(path, folder); }))
+    return Status::wrongUse;
   NewFile file(path);
   ReportPage page([&file](std::string_view text) { file.put(text); });
   const auto labels = labelsOf(folders);

@@ -40,6 +40,16 @@ std::optional<runs::RunSummary> readChosen(const std::filesystem::path& folder,
   return std::nullopt;
 }
 
+bool isResultFile(const std::string& path, const std::filesystem::path& folder) {
+  std::error_code error;
+  for (const auto& file : runs::listResultFiles(folder)) {
+    if (!std::filesystem::equivalent(path, file.path, error)) continue;
+    message(path + " holds samples of the run; name another file");
+    return true;
+  }
+  return false;
+}
+
 void tellEmpty(const std::filesystem::path& folder, double end) {
   char text[64];
   std::snprintf(text, sizeof text, " ends at %.1f s", end);

@@ -26,6 +26,10 @@ std::filesystem::path chosenRun(const std::string& run);
 std::optional<runs::RunSummary> readChosen(const std::filesystem::path& folder,
                                            const RunChoice& choice, const runs::Detail& detail);
 
+/// Whether the path is one of a run's result files, said in a message: no page or trace takes the
+/// place of samples.
+bool isResultFile(const std::string& path, const std::filesystem::path& folder);
+
 /// Says why nothing of a run is meant; `end` is where it ends, negative where it holds nothing.
 void tellEmpty(const std::filesystem::path& folder, double end);
 

@@ -69,10 +69,11 @@ Json processesOf(const std::vector<runs::Process>& processes, const char* countK
 }  // namespace
 
 std::string showJson(const runs::RunSummary& run) {
+  const auto start = run.metadata ? run.metadata->start.wallTime() : std::string();
   const Json all{{"run",
                   {{"folder", run.folder.string()},
                    {"seconds", run.last - run.first},
-                   {"start", run.metadata ? Json(run.metadata->start.wallTime()) : Json()},
+                   {"start", start.empty() ? Json() : Json(start)},
                    {"sources", sourcesOf(run)}}},
                  {"metrics", metricsOf(run)},
                  {"processes", processesOf(run.processes, "pid")},

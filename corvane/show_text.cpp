@@ -70,7 +70,8 @@ void addSources(Page& page, const runs::RunSummary& run) {
 
 void addHead(Page& page, const runs::RunSummary& run) {
   page.text += printable(run.folder.string()) + ": " + number(run.last - run.first) + " s";
-  if (run.metadata) page.text += " from " + printable(run.metadata->start.wallTime());
+  const auto start = run.metadata ? run.metadata->start.wallTime() : std::string();
+  if (!start.empty()) page.text += " from " + start;
   page.text += "\n";
   addSources(page, run);
 }

@@ -92,6 +92,7 @@ int trace(const TraceOptions& options) {
     tellEmpty(folder, first.end());
     return Status::wrongUse;
   }
+  if (isResultFile(options.output, folder)) return Status::wrongUse;
   NewFile file(options.output);
   Attempt result;
   if (file.hasFailed()) return Status::wrongUse;

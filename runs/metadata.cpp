@@ -197,6 +197,7 @@ void take(const Json& json, const char* name, Value& value) {
 }  // namespace
 
 std::string Instant::wallTime() const {
+  if (wallNs == 0) return {};
   const auto seconds = floorDivide(wallNs, nsPerSecond);
   const auto local = time_t(seconds + zoneSeconds);
   tm parts{};

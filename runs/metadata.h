@@ -20,7 +20,7 @@ struct Instant {
   double boot = 0;            ///< s since boot, time in suspend included
   std::uint64_t counter = 0;  ///< ticks of the counter that stamps samples
 
-  /// 2026-11-23T16:26:09.123456789+00:00
+  /// 2026-11-23T16:26:09.123456789+00:00; empty where the clock is not known.
   std::string wallTime() const;
 };
 

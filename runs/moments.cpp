@@ -16,12 +16,19 @@ void addUse(std::vector<Moments::Use>& uses, Moments::Use use) {
     uses.push_back(std::move(use));
   } else {
     same->cpuSeconds += use.cpuSeconds;
+    same->peak = std::max(same->peak, use.peak);
   }
 }
 
 void keepMost(Moments::Stretch& stretch) {
-  std::ranges::stable_sort(stretch.uses, std::greater{}, &Moments::Use::cpuSeconds);
-  if (stretch.uses.size() > Moments::kept) stretch.uses.resize(Moments::kept);
+  auto& uses = stretch.uses;
+  std::ranges::stable_sort(uses, std::greater{}, &Moments::Use::cpuSeconds);
+  if (uses.size() <= Moments::kept) return;
+  // A spike of one sample has its name in a long stretch, too.
+  const auto highest = std::ranges::max_element(uses, {}, &Moments::Use::peak);
+  const auto lastKept = uses.begin() + Moments::kept - 1;
+  if (highest > lastKept) std::iter_swap(highest, lastKept);
+  uses.resize(Moments::kept);
 }
 
 void addTo(Moments::Stretch& stretch, Moments::Stretch&& later) {
@@ -53,7 +60,8 @@ void Moments::endSample(double time, double period) {
   if (place >= stretches_.size()) stretches_.resize(place + 1);
   Stretch sample{.end = time, .seconds = period, .uses = {}};
   for (const auto& process : sample_)
-    sample.uses.push_back({process.pid, std::string(process.name), process.cpuSeconds});
+    sample.uses.push_back({process.pid, std::string(process.name), process.cpuSeconds,
+                           period > 0 ? process.cpuSeconds / period : 0});
   addTo(stretches_[place], std::move(sample));
   keepMost(stretches_[place]);
   sample_.clear();

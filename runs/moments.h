@@ -8,8 +8,9 @@
 namespace runs {
 
 /// Which processes used the processors when: the few with most processor time in each stretch of
-/// the run, kept for it whether or not they belong to the first of the whole run. Stretches double
-/// their width when they become too many, as an envelope's buckets do.
+/// the run, and the one with the highest single sample in it, kept whether or not they belong to
+/// the first of the whole run. Stretches double their width when they become too many, as an
+/// envelope's buckets do.
 class Moments {
  public:
   static constexpr std::size_t capacity = 1024;
@@ -20,6 +21,7 @@ class Moments {
     int pid;
     std::string name;
     double cpuSeconds;  // in the stretch
+    double peak;        // of its samples: seconds of processor time a second
   };
   struct Stretch {
     double end = 0;         // of its last sample, seconds of the run

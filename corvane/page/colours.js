@@ -6,7 +6,7 @@ function readColours() {
   const style = getComputedStyle(document.documentElement);
   const colour = (name) => style.getPropertyValue(name).trim();
   palette = {
-    lines: Array.from({length: 8}, (_, number) => colour(`--line-${number}`)),
+    lines: Array.from({length: 16}, (_, number) => colour(`--line-${number}`)),
     heat: Array.from({length: 5}, (_, number) => rgbOf(colour(`--heat-${number}`))),
     axis: colour('--axis'),
     grid: colour('--grid'),
@@ -39,16 +39,15 @@ function heatShades() {
 
 /// Calls the function when the browser changes between light and dark.
 function onThemeChange(action) {
-  const renew = () => {
+  matchMedia('(prefers-color-scheme: dark)').addEventListener('change', () => {
     readColours();
     action();
-  };
-  matchMedia('(prefers-color-scheme: dark)').addEventListener('change', renew);
-  matchMedia('print').addEventListener('change', renew);
+  });
 }
 
 /// Calls the functions before and after printing. Paper is light: what is drawn for it has to have
-/// its colours before the browser changes to its style.
+/// its colours, and all of it to be drawn, before the browser lays it out: a canvas that is touched
+/// in between comes out empty.
 function aroundPrint(before, after) {
   const turn = (printing, action) => {
     document.documentElement.classList.toggle('printing', printing);

@@ -142,7 +142,7 @@ function unpackRun(run, arrayOf) {
   // Else each stretch is one sample.
   moments.coarse = moments.step > cpuPeriod;
   moments.pause = Math.max(moments.step, 12.5 * cpuPeriod);
-  for (const name of ['end', 'seconds', 'first', 'who', 'share']) moments[name] = arrayOf(moments[name]);
+  for (const name of ['end', 'seconds', 'first', 'who', 'share', 'peak']) moments[name] = arrayOf(moments[name]);
   return run;
 }
 

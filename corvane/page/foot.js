@@ -6,7 +6,8 @@ const keyHelp = [['← →', 'moment'], ['Shift ← →', 'along'], ['+ −', 'c
 function footOf(page) {
   const licence = document.getElementById('licence').textContent;
   return make('footer', {},
-    make('p', {}, `Made by ${page.program}. Drag in a panel to come closer, double click for all of it. Keys: `,
-      keyHelp.flatMap(([key, text]) => [make('kbd', {}, key), ` ${text}  `])),
+    make('p', {}, `Made by ${page.program}. `,
+      make('span', {class: 'help'}, 'Drag in a panel to come closer, double click for all of it. Keys: ',
+        keyHelp.flatMap(([key, text]) => [make('kbd', {}, key), ` ${text}  `]))),
     make('details', {}, make('summary', {}, 'Axes drawn by dygraphs (MIT)'), make('pre', {}, licence)));
 }

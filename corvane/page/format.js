@@ -22,7 +22,7 @@ const unitSteps = new Map(Object.entries({
   KB: [['KB', 1], ['MB', 2 ** -10], ['GB', 2 ** -20]],
   bytes: [['bytes', 1], ['KB', 2 ** -10], ['MB', 2 ** -20], ['GB', 2 ** -30]],
   Hz: [['Hz', 1], ['kHz', 1e-3], ['MHz', 1e-6], ['GHz', 1e-9]],
-  'MB/s': [['KB/s', 2 ** 10], ['MB/s', 1]],
+  'MB/s': [['bytes/s', 2 ** 20], ['KB/s', 2 ** 10], ['MB/s', 1]],
   C: [['°C', 1]],
 }));
 
@@ -30,7 +30,7 @@ const unitSteps = new Map(Object.entries({
 function scaleOf(unit, largest) {
   const steps = unitSteps.get(unit) || [[unit, 1]];
   const fitting = steps.filter(([, factor]) => largest * factor >= 1);
-  const [word, factor] = largest > 0 && fitting.length ? fitting.at(-1) : steps.at(unit === 'MB/s' ? 1 : 0);
+  const [word, factor] = largest > 0 && fitting.length ? fitting.at(-1) : steps.at(unit === 'MB/s' ? 2 : 0);
   return {word, factor};
 }
 

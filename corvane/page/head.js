@@ -34,7 +34,7 @@ function startOf(run) {
 
 function runList(runs) {
   return make('ul', {class: 'runs'}, runs.map((run) => make('li', {}, swatch(run.colour),
-    make('b', {}, foreign(run.label)), [startOf(run), duration(run.run.seconds)].filter(Boolean).join(' · '))));
+    `${run.number + 1} `, make('b', {}, foreign(run.label)), [startOf(run), duration(run.run.seconds)].filter(Boolean).join(' · '))));
 }
 
 /// How it was recorded: what the metadata say, the sources, what could not be measured.

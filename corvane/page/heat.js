@@ -1,5 +1,6 @@
 // A strip of colour for each core, darker (in the dark: brighter) the busier it was: 64 cores are
-// as readable as 4. A line: {label, series}; values are percent.
+// as readable as 4. A row: {label, series, ends}; values are percent. Without a series the core was
+// idle from end to end.
 
 class Heat {
   constructor(rows, timeline) {
@@ -27,7 +28,7 @@ class Heat {
     if (this.canvas.height !== height) this.canvas.height = height;
     const shades = heatShades();
     const picture = new ImageData(width, this.rows.length);
-    this.rows.forEach((row, number) => this.shade(row.series, picture, number, shades));
+    this.rows.forEach((row, number) => this.shade(row, picture, number, shades));
     const small = document.createElement('canvas');
     small.width = width;
     small.height = this.rows.length;
@@ -47,28 +48,37 @@ class Heat {
     }
   }
 
-  /// Every pixel is the mean of what falls into it; none is drawn where nothing was sampled.
-  shade(series, picture, number, shades) {
-    if (!series) return;
+  /// Every pixel is midway between the mean and the largest of what falls into it, so that what lasts
+  /// and what is brief are both seen; none is drawn where nothing was sampled.
+  shade({series, ends}, picture, number, shades) {
     const {from, to} = this.timeline;
     const width = picture.width;
     const perPixel = (to - from) / width;
-    let place = series.place(from);
+    let place = series ? series.place(from) : 0;
     for (let x = 0; x < width; x++) {
-      const right = from + (x + 1) * perPixel;
-      let sum = 0;
-      let count = 0;
-      while (place < series.length && series.time[place] <= right) {
-        sum += series.mid[place++];
-        count++;
+      const left = from + x * perPixel;
+      const right = left + perPixel;
+      let load = right >= ends[0] && left <= ends[1] ? 0 : null;
+      if (series) {
+        const start = place;
+        while (place < series.length && series.time[place] <= right) place++;
+        load = loadOf(series, start, Math.max(place, start + 1), right);
       }
-      if (count === 0) {
-        if (place === series.length || series.begin(place) > right) continue;
-        sum = series.mid[place];
-        count = 1;
-      }
-      const shade = shades[Math.max(0, Math.min(255, Math.round((sum / count) * 2.55)))];
+      if (load === null) continue;
+      const shade = shades[Math.max(0, Math.min(255, Math.round(load * 2.55)))];
       picture.data.set([...shade, 255], (number * width + x) * 4);
     }
   }
+}
+
+/// Of the values at some places; null where the first of them begins later than `right`.
+function loadOf(series, start, end, right) {
+  if (start >= series.length || series.begin(start) > right) return null;
+  let sum = 0;
+  let largest = 0;
+  for (let place = start; place < end; place++) {
+    sum += series.mid[place];
+    largest = Math.max(largest, series.high[place]);
+  }
+  return (sum / (end - start) + largest) / 2;
 }

@@ -6,14 +6,15 @@ function start() {
   const page = readPage();
   const runs = page.runs.map((run, number) => {
     run.number = number;
-    run.colour = (run.side ?? number) % 8;
+    run.colour = (run.side ?? number) % 16;
     unpackRun(run, page.arrayOf);
     return run;
   });
   const {first, last} = endsOf(runs);
   const clock = makeClock(runs.length === 1 ? runs[0].run.start : null, {first, last});
   const timeline = makeTimeline(first, last);
-  const marks = runs.flatMap((run) => run.about.marks);
+  const marks = runs.flatMap((run) => run.about.marks)
+    .filter(([moment]) => moment >= first && moment <= last);
   const drawn = new Drawn(runs);
   const {panels, quiet} = panelsOf(runs, drawn);
   const charts = panels.map((panel) => new Chart(panel, timeline, clock, marks));

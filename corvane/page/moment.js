@@ -42,18 +42,20 @@ class Moment {
       coarse = Math.max(coarse, ...shown.map((row) => row.step));
       replaceRows(body, shown.map((row) => this.rowOf(row)));
     }
-    const details = [pinned ? 'held' : '', coarse ? `mean of ${duration(coarse)}` : ''];
+    const details = [pinned ? 'held' : '', coarse ? `mean of ${duration(coarse)}, ↑ peak` : ''];
     setText(this.detail, details.filter(Boolean).join(' · '));
   }
 
-  rowOf({pid, name, share, pss, process, step, past}) {
+  rowOf({pid, name, share, peak, pss, process, step, past}) {
     const colour = process ? this.drawn.colourOf(process) : null;
     const label = process ? drawButton(colour, name, 'Draw or no longer draw it') : [swatch(colour), name];
     const title = past ? `${name}: in this stretch of time, but not at the moment itself` : name;
-    const of = step ? `Mean of ${duration(step)}` : null;
+    const of = step ? `Mean of ${duration(step)}; highest sample ${fixed(peak, 1)}` : null;
+    const mean = share === null ? none : fixed(share, 1);
+    const higher = step && fixed(peak, 1) !== mean ? make('span', {class: 'peak'}, `↑${fixed(peak, 1)}`) : null;
     const row = make('tr', {class: [process ? 'clickable' : '', past ? 'past' : ''].join(' ').trim()},
       make('td', {class: 'number'}, String(pid)), make('td', {class: 'name', title}, label),
-      make('td', {class: 'number', 'data-exact': share, title: of}, share === null ? none : fixed(share, 1)),
+      make('td', {class: 'number', 'data-exact': share, title: of}, mean, higher),
       make('td', {class: 'number'}, pss === null ? none : fixed(pss / 1024, 1)));
     row.of = process;
     if (process) row.addEventListener('click', () => this.drawn.toggle(process));
@@ -61,9 +63,10 @@ class Moment {
   }
 }
 
-/// Who used the processor then, most first: samples where the page has them, else means of buckets,
-/// and the list that was kept of each stretch of the run, which also knows processes that were not
-/// kept themselves. `step`: the seconds that a share is the mean of; 0: a sample.
+/// Who used the processor then, the highest sample first: samples where the page has them, else means
+/// of buckets, and the list that was kept of each stretch of the run, which also knows processes that
+/// were not kept themselves. `step`: the seconds that a share is the mean of, `peak` being the highest
+/// sample in them; 0: a sample.
 function processesAt(run, moment) {
   const rows = new Map();
   for (const process of run.processes) {
@@ -72,9 +75,9 @@ function processesAt(run, moment) {
     const idle = process.cpu_peak === 0 && process.isThere(moment);
     if (!cpu && !pss) continue;
     rows.set(process, {pid: process.pid, name: process.name, process, share: idle ? 0 : cpu && cpu.value,
-      step: idle || !cpu ? 0 : cpu.step, pss: pss && pss.value});
+      peak: idle ? 0 : cpu && cpu.high, step: idle || !cpu ? 0 : cpu.step, pss: pss && pss.value});
   }
-  for (const {pid, name, share, length, end} of usersAt(run.moments, moment)) {
+  for (const {pid, name, share, peak, length, end} of usersAt(run.moments, moment)) {
     const known = run.processes.filter((other) => other.pid === pid && other.last > end - length
       && other.first <= end);
     const there = known.find((other) => other.isThere(moment));
@@ -83,20 +86,21 @@ function processesAt(run, moment) {
     const step = run.moments.coarse ? length : 0;
     const row = rows.get(process);
     if (row && row.share !== null && row.step <= step) continue;
-    if (row) Object.assign(row, {share, step});
-    else rows.set(process || pid, {pid, name, process, share, step, pss: null, past: process && !there});
+    if (row) Object.assign(row, {share, peak, step});
+    else rows.set(process || pid, {pid, name, process, share, peak, step, pss: null, past: process && !there});
   }
   return [...rows.values()].filter((row) => row.share !== null || row.pss !== null)
-    .sort((one, other) => (other.share ?? -1) - (one.share ?? -1) || (other.pss ?? -1) - (one.pss ?? -1));
+    .sort((one, other) => (other.peak ?? -1) - (one.peak ?? -1) || (other.share ?? -1) - (one.share ?? -1)
+      || (other.pss ?? -1) - (one.pss ?? -1));
 }
 
 function valueAt(series, moment) {
   const place = series ? series.at(moment) : -1;
-  return place < 0 ? null : {value: series.mid[place], step: series.step};
+  return place < 0 ? null : {value: series.mid[place], high: series.high[place], step: series.step};
 }
 
 /// The stretch that ends at or after the moment, if it reaches back to it.
-function usersAt({end, seconds, first, who, share, people, step, pause}, moment) {
+function usersAt({end, seconds, first, who, share, peak, people, step, pause}, moment) {
   let place = 0;
   for (let high = end.length; place < high;) {
     const middle = (place + high) >> 1;
@@ -109,7 +113,7 @@ function usersAt({end, seconds, first, who, share, people, step, pause}, moment)
   const users = [];
   for (let i = first[place]; i < (first[place + 1] ?? who.length); i++) {
     const [pid, name] = people[who[i]];
-    users.push({pid, name, share: share[i], length, end: end[place]});
+    users.push({pid, name, share: share[i], peak: peak[i], length, end: end[place]});
   }
   return users;
 }

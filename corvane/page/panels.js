@@ -125,7 +125,7 @@ function labelOf({entity, metric}, labels, active) {
   if (!entity) return word;
   if (metric.startsWith(entity)) return `${entity} ${metric.slice(entity.length)}`.trim();
   const alone = new Set(active.map((other) => other.metric.metric)).size === 1;
-  return alone ? entity : `${entity} ${word}`;
+  return alone && !labels ? entity : `${entity} ${word}`;
 }
 
 function idleNames(found, active) {
@@ -135,6 +135,13 @@ function idleNames(found, active) {
 
 const mostCoreRows = {alone: 512, together: 64};
 
+/// From the first period of a source to its last sample.
+function endsOfSource(run, source) {
+  const found = run.metrics.find((metric) => metric.source === source && metric.series());
+  const series = found && found.series();
+  return series ? [series.begin(0), series.time[series.length - 1]] : run.ends;
+}
+
 /// The first cores of each run, and how many there are besides.
 function coreRows(runs) {
   const alone = runs.length === 1;
@@ -142,6 +149,7 @@ function coreRows(runs) {
   const coresOf = (run) => run.metrics
     .filter(({source, entity, metric}) => source === 'cpu' && entity && metric === entity);
   const rows = runs.flatMap((run) => coresOf(run).slice(0, most).map((metric) => ({
-    label: alone ? metric.entity : `${run.number + 1} ${metric.entity}`, series: metric.series()})));
+    label: alone ? metric.entity : `${run.number + 1} ${metric.entity}`, series: metric.series(),
+    ends: metric.count ? endsOfSource(run, 'cpu') : [Infinity, -Infinity]})));
   return {rows, left: runs.flatMap(coresOf).length - rows.length};
 }

@@ -84,7 +84,7 @@ Json packSeries(const runs::Envelope& envelope, SampleArrays& arrays) {
 
 /// The stretches in which anything ran, by their ends; who ran then, by places in a list of people.
 Json packMoments(const runs::Moments& moments, SampleArrays& arrays) {
-  std::vector<double> ends, seconds, shares;
+  std::vector<double> ends, seconds, shares, peaks;
   std::vector<std::uint32_t> first, who;
   std::map<std::pair<int, std::string>, std::uint32_t> places;
   Json people = Json::array();
@@ -99,12 +99,13 @@ Json packMoments(const runs::Moments& moments, SampleArrays& arrays) {
       if (isNew) people.push_back({use.pid, use.name});
       who.push_back(place->second);
       shares.push_back(100 * use.cpuSeconds / stretch.seconds);
+      peaks.push_back(100 * use.peak);
     }
   }
   return {{"step", moments.stretchSeconds()},     {"end", arrays.addTimes(ends)},
           {"seconds", arrays.addValues(seconds)}, {"first", arrays.addCounts(first)},
           {"who", arrays.addCounts(who)},         {"share", arrays.addValues(shares)},
-          {"people", std::move(people)}};
+          {"peak", arrays.addValues(peaks)},      {"people", std::move(people)}};
 }
 
 void addProcessSeries(Json& shown, const std::vector<runs::Process>& processes,

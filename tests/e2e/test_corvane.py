@@ -98,7 +98,7 @@ def test_a_part_of_the_run_and_some_processes(tmp_path):
     proc, procmem, lives = made_runs.processes(3, seconds=60)
     folder = write_run(tmp_path / "r", proc=proc, procmem_=procmem)
     life = next(life for life in lives if len(life.cpu) > 40 and life.cpu[0][0] == 1)
-    report = shown(folder, "--from", 10, "--to", 20.5, "--process", life.pid, "--process", "nob?dy*")
+    report = shown("--from", 10, "--to", 20.5, "--process", life.pid, "--process", "nob?dy*", folder)
     window = [sample for sample in life.cpu if 10 <= sample[0] <= 20.5]
     (process,) = [p for p in report["processes"] if p["first"] == 10]
     assert process["cpu_seconds"] == pytest.approx(window[-1][1] - window[0][1])
@@ -392,6 +392,7 @@ def test_output_that_cannot_be_written(tmp_path, command):
 @pytest.mark.parametrize("output, status, told", [
     ("/dev/null", 0, ""), ("/dev/full", 2, "cannot be written: No space left on device"),
     ("nowhere/t.json", 2, "cannot be made: No such file or directory"), (".", 2, "Is a directory"),
+    ("r/cpuprofiler_r.txt", 2, "r/cpuprofiler_r.txt holds samples of the run; name another file"),
 ])
 def test_where_a_trace_cannot_go(tmp_path, output, status, told):
     folder = write_run(tmp_path / "r", cpu=SMALL)

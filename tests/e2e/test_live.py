@@ -44,6 +44,8 @@ def test_rows(profiler, options, script, header, rows):
     width = len(header)
     shown = [line for line in lines if width and len(line) == width and line != header]
     assert [line for line in shown if line[-1].isdigit()] == rows
+    if not header:
+        assert [line for line in lines if line.startswith("  ") and "|" not in line] == []
 
 
 def test_row_needs_a_new_sample_of_every_source(profiler):

@@ -6,6 +6,7 @@ import re
 import resource
 import signal
 import subprocess
+from datetime import datetime, timedelta, timezone
 
 import pytest
 from conftest import RUNNER, SANITIZED, no_thread_sanitizer, wait_until
@@ -111,6 +112,15 @@ def test_second_run_with_a_suffix_overwrites(profiler):
     exists = "Results_corvane exists.\n"
     assert exists + "Creating the log folder now.\n" + exists in run.out
     assert len(run.result("cpuprofiler").splitlines()) == 2
+
+
+def test_unless_named_the_folder_is_called_after_the_local_time(profiler):
+    run = profiler.run("-c -A 1", "cpu signal=1 1\n", env={"TZ": "XYZ-5:45"}, umask=0o022)
+    [folder] = (run.folder / "Results_corvane").iterdir()
+    start = datetime.strptime(folder.name + "+0545", "%Y-%m-%d-%H_%M_%S%z")
+    assert timedelta() <= datetime.now(timezone.utc) - start < timedelta(minutes=5)
+    assert [path.name for path in folder.iterdir()] == [f"cpuprofiler_{folder.name}.txt"]
+    assert folder.stat().st_mode & 0o777 in (0o644, 0o744)  # root needs no right to enter
 
 
 def test_two_runs_at_once_with_a_suffix(profiler):

@@ -63,7 +63,7 @@ def test_each_source_keeps_its_period_and_its_calls(profiler):
     """The last sample is the first one that reaches the total time."""
     options = " ".join(f"{source[0]} {source[1]}" for source in SOURCES.values())
     script = "\n".join(source[3] for source in SOURCES.values()) + "\n"
-    run = profiler.run(f"{options} --pid-list 1,2;9 -t 10 -f x", script, env=OWN_TIME)
+    run = profiler.run(f"{options} -b 1 --pid-list 2;9 -t 10 -f x", script, env=OWN_TIME)
     for prefix, (_, period, at_once, _, first, each, last) in SOURCES.items():
         rows = -(-END // period) + at_once
         start = 0 if at_once else period

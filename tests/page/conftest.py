@@ -1,5 +1,6 @@
 """Makes pages with the built program and opens them in a real browser, where there is one."""
 
+import base64
 import json
 import os
 import subprocess
@@ -85,13 +86,18 @@ class Page:
     def picture(self, name):
         self.driver.save_screenshot(str(PICTURES / f"{name}.png"))
 
-    def pixels(self, selector):
+    def printed(self):
+        """On paper of the usual size, as PDF."""
+        paper = {"paperWidth": 8.27, "paperHeight": 11.69}
+        return base64.b64decode(self.driver.execute_cdp_cmd("Page.printToPDF", paper)["data"])
+
+    def pixels(self, selector, least=40):
         """Where a canvas has colour, row by row; axes and grid are grey."""
         return self.run("""const canvas = document.querySelector(arguments[0]);
             const {width, height} = canvas;
             const data = canvas.getContext('2d').getImageData(0, 0, width, height).data;
-            const coloured = (i) => data[i + 3] > 40 && Math.abs(data[i] - data[i + 2]) > 40;
-            return {width, height, ink: [...Array(width * height).keys()].map((i) => Number(coloured(4 * i))).join('')}""", selector)
+            const coloured = (i) => data[i + 3] > 40 && Math.abs(data[i] - data[i + 2]) > arguments[1];
+            return {width, height, ink: [...Array(width * height).keys()].map((i) => Number(coloured(4 * i))).join('')}""", selector, least)
 
     def complaints(self):
         """Console messages, and requests for anything but the page itself."""

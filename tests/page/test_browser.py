@@ -69,13 +69,13 @@ def test_nobody_is_named_before_or_after_its_life(open_page, tmp_path, period):
     run = MadeRun(tmp_path, "short-lived")
     lives = {10000: range(1, 41), 200: [10], 300: [20, 21, 22]}
     there = [(i, [pid for pid, life in lives.items() if i in life]) for i in range(1, 41)]
-    run.cpu((i * period, [50, 20]) for i in range(1, 41))
+    run.cpu((i * period, [50, 20]) for i in range(1, 42))
     run.processes([(i * period, [(pid, f"p{pid}", 0.9 * i * period, 95.3) for pid in pids]) for i, pids in there])
     run.process_memory([(i * period, [(pid, f"p{pid}", 5000) for pid in pids]) for i, pids in there])
     page = open_page(make_page(tmp_path / "page.html", run.folder))
     for place, named in ((2, []), (8.5, []), (9.5, [200]), (10.5, []), (12, []), (18.5, []), (19.5, [300]),
-                         (21.5, [300]), (22.5, []), (24, []), (39.8, [])):
-        page.pointer("#cores", ("move", place / 40))
+                         (21.5, [300]), (22.5, []), (24, []), (39.8, []), (40.6, [])):
+        page.pointer("#cores", ("move", place / 41))
         page.wait("return Math.abs(document.querySelector('.moment').dataset.moment - arguments[0]) < arguments[1]",
                   place * period, 0.2 * period)
         assert sorted(page.texts(".moment tbody td:first-child")) == [str(pid) for pid in [10000, *named]], place
@@ -85,13 +85,15 @@ def test_nobody_is_named_before_or_after_its_life(open_page, tmp_path, period):
 def test_a_legend_tells_the_values_of_the_moment(open_page, tmp_path):
     """In the unit of the axis; nothing where samples of a state are missing."""
     run = MadeRun(tmp_path, "paused")
-    run.cpu((t, [50, 20]) for t in range(1, 41))
+    run.cpu((t, [50, 0]) for t in range(1, 41))
     run.memory((t, 5 << 20) for t in range(1, 41) if not 14 < t < 24 or t == 19)
     page = open_page(make_page(tmp_path / "page.html", run.folder))
     for place, told in ((10, "5.00"), (16.5, "–"), (30, "5.00")):
         page.pointer("#memory", ("move", place / 40))
         page.wait("return document.querySelector('#memory .value').innerText === arguments[0]", told)
     picture = page.pixels("#memory canvas")
+    strip = page.pixels(".heat canvas", least=-1)
+    assert set(strip["ink"][-4 * strip["width"]:]) == {"1"}  # a core without work is not one without samples
     lone = 52 + round(19 / 40 * (picture["width"] - 53))
     assert "1" in picture["ink"][lone::picture["width"]]
 
@@ -168,6 +170,8 @@ def test_light_and_dark_wide_and_narrow(open_page, spike, width, dark):
     after = page.run("return " + drawings)
     page.run("scrollTo(0, 0); dispatchEvent(new Event('beforeprint'))")
     assert page.run("return " + drawings)[1:] == (after if dark else before)[1:]  # paper is light
+    page = open_page(spike, width=width, height=900, dark=dark)
+    assert page.printed().count(b"/Subtype /Image") > len(PANELS)
 
 
 def test_hostile_names_are_text(open_page, tmp_path):
@@ -236,6 +240,9 @@ def test_tells_where_and_when_it_was_recorded(open_page, tmp_path):
     assert "23:00:00" in page.texts("#cores .dygraph-axis-label-x")
     assert page.complaints() == []
     page.picture("told")
+    run.metadata("garbage", "host")
+    page = open_page(make_page(tmp_path / "page.html", run.folder))
+    assert page.text(".facts") == "host · 59.0\u202fs"
     run.metadata("2026-11-23T23:59:30.000000000+00:00", "host")
     run.processes([(t, [(1, "one", t * 0.3, 30.0)]) for t in range(1, 61)])
     page = open_page(make_page(tmp_path / "page.html", run.folder, "--to", "50", "--process", "o*"))
@@ -307,11 +314,14 @@ def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
     run = MadeRun(tmp_path, "day")
     day, spike = 86400, 50000
     run.cpu((t, [100 if t == spike else 3, 100 if t == spike else 3]) for t in range(1, day + 1))
-    run.processes([(t, [(1, "steady", t * 0.3, 30.0), *([(2, "brief", 9.5, 95.0)] * (t == spike))])
-                   for t in range(10, day + 1, 10)])
+    run.processes([(t, [*((pid, f"steady{pid}", t * 0.3, 30.0) for pid in range(10, 19)),
+                        *([(2, "brief", 9.5, 95.0)] * (t == spike))]) for t in range(10, day + 1, 10)])
     page = open_page(make_page(tmp_path / "page.html", run.folder))
     page.see("#cores")
     assert page.run("return document.querySelector('#cores').dataset.to") == str(day)
+    assert page.run("""const {width} = document.querySelector('.heat canvas');
+        const row = document.querySelector('.heat canvas').getContext('2d').getImageData(0, 3, width, 1).data;
+        return new Set(row.filter((_, i) => i % 4 === 0)).size""") > 1
 
     def columns_with_ink(row):
         picture = page.pixels("#cores canvas:not(.heat canvas)")
@@ -328,7 +338,8 @@ def test_one_sample_of_a_day_is_seen_and_found(open_page, tmp_path):
     assert part == pytest.approx(spike / day, abs=0.005)
     page.pointer("#cores", ("move", part))  # one pixel, on which the page has the spike and its name
     page.wait("return document.querySelector('#cores .value').innerText === '3.00…100'")
-    assert page.texts(".moment tbody .name") == ["steady", "brief"]
+    assert page.texts(".moment tbody .name")[:2] == ["brief", "steady10"]
+    assert page.text(".moment tbody .peak") == "↑95.0"
     page.picture("day")
     page.pointer("#cores", ("move", part - 0.002), ("down", part - 0.002), ("move", part + 0.006),
                  ("up", part + 0.006))

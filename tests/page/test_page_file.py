@@ -116,6 +116,9 @@ def test_takes_a_stretch_and_some_processes(tmp_path):
     (["run", "-o", "missing/page.html"], "missing/page.html cannot be made: No such file or directory"),
     (["run", "-o", "/dev/full"], "/dev/full cannot be written: No space left on device"),
     (["run", "empty"], "empty holds no result files"),
+    (["run", "-o", "run/cpuprofiler_run.txt"],
+     "run/cpuprofiler_run.txt holds samples of the run; name another file"),
+    (["--process", "x", "missing"], "missing is no folder"),
     (["run", "--ouptut", "x"], "unknown --ouptut; did you mean --output?"),
 ])
 def test_refusals(tmp_path, monkeypatch, arguments, said):

@@ -1,6 +1,7 @@
 // What runs/ keeps of series, against all of their samples.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <map>
@@ -14,8 +15,6 @@
 
 namespace runs {
 namespace {
-
-using testing::ElementsAre;
 
 struct Sequence {
   const char* name;
@@ -129,6 +128,7 @@ TEST(Moments, NameWhoUsedTheProcessors) {
       moments.candidate({pid, "usual", 0.01 * pid});
     if (second == 3210) moments.candidate({99, "culprit", 4});
     if (second == 3211) moments.candidate({99, "heir", 1});
+    if (second == 1500) moments.candidate({98, "brief", 0.5});
     moments.endSample(second, 1);
   }
   const auto& stretches = moments.stretches();
@@ -139,6 +139,10 @@ TEST(Moments, NameWhoUsedTheProcessors) {
   EXPECT_EQ(at->uses.front().name, "culprit");
   EXPECT_EQ(at->uses.front().cpuSeconds, 4);
   EXPECT_EQ(at->uses.size(), Moments::kept);
+  const auto brief =  // less in its stretch than eight others, but most in one sample
+      std::ranges::find_if(stretches, [](const auto& stretch) { return stretch.end >= 1500; });
+  EXPECT_EQ(std::ranges::count(brief->uses, "brief", &Moments::Use::name), 1);
+  EXPECT_EQ(std::ranges::max(brief->uses, {}, &Moments::Use::peak).peak, 0.5);
   double usual = 0, seconds = 0;
   const auto placeOf = [&](const auto& stretch) {
     return std::floor(stretch.end / moments.stretchSeconds());
@@ -153,18 +157,82 @@ TEST(Moments, NameWhoUsedTheProcessors) {
   EXPECT_NEAR(usual, 0.3 * samples, 1e-6);
 }
 
-TEST(Sources, AreReadByTheirHeaderWhereNobodyKnowsThem) {
-  const Fields header{"Time(usec)",  "cpu0-thermal(degC)", "Fan(%)",
-                      "Current(mA)", "clk_mean(MHz)",      "Odd)"};
-  const auto source = sourceOf("battery", header);
-  EXPECT_EQ(source.word, "battery");
+struct Header {
+  const char* prefix;
+  const char* source;  // word: title
+  Fields fields;
+  std::vector<std::string> columns;  // field entity|metric|unit|meaning|pair
+};
+
+class Sources : public testing::TestWithParam<Header> {};
+
+TEST_P(Sources, MeanWhatTheirHeaderSays) {
+  const auto source = sourceOf(GetParam().prefix, GetParam().fields);
+  EXPECT_EQ(source.word + ": " + source.title, GetParam().source);
   std::vector<std::string> columns;
-  for (const auto& column : source.columns)
-    columns.push_back(column.entity + "|" + column.metric + "|" + column.unit +
-                      (column.meaning == Meaning::ofPeriod ? "|period" : ""));
-  EXPECT_THAT(columns, ElementsAre("cpu0|cpu0-thermal|degC", "|Fan|%|period", "|Current|mA",
-                                   "|clk_mean|MHz|period", "|Odd)|"));
+  for (const auto& column : source.columns) {
+    constexpr std::array meanings{"state", "period", "amount"};
+    columns.push_back(std::to_string(column.field) + " " + column.entity + "|" + column.metric +
+                      "|" + column.unit + "|" + meanings[std::size_t(column.meaning)] + "|" +
+                      column.pair + (column.bytes ? " of bytes" : "") +
+                      (column.drawn ? "" : " listed"));
+  }
+  EXPECT_EQ(columns, GetParam().columns);
 }
+
+const std::array headers{
+    Header{"cpu",
+           "cpu: Processor",
+           {"Time(usec)", "TotalCPU", "cpu0(%)", "cpu12(%)", "CPUStealTime(%)", "cpu12steal(%)"},
+           {"1 |TotalCPU|%|period|", "2 cpu0|cpu0|%|period|", "3 cpu12|cpu12|%|period|",
+            "4 |CPUStealTime|%|period|", "5 cpu12|cpu12steal|%|period|"}},
+    Header{"gpu",
+           "gpu: GPU",
+           {"Time(usec)", "GPUFreq(MHz)", "GPUReadBW(MB/s)", "GPUWriteBW(MB/s)"},
+           {"1 |GPUFreq|MHz|state|", "2 |GPUReadBW|MB/s|period|bandwidth",
+            "3 |GPUWriteBW|MB/s|period|bandwidth"}},
+    Header{"adsp", "adsp: Audio DSP", {"Time(usec)", "Load(%)"}, {"1 |Load|%|period|"}},
+    Header{"cdsp", "cdsp: Compute DSP", {"Time(usec)", "Load(%)"}, {"1 |Load|%|period|"}},
+    Header{"cdsp1", "cdsp1: Second compute DSP", {"Time(usec)", "Hz(MHz)"}, {"1 |Hz|MHz|state|"}},
+    Header{"ddr",
+           "ddr: Memory bandwidth",
+           {"Time(usec)", "llcc_rd(MB/s)", "llcc_wr(MB/s)", "cabo_rd(MB/s)", "cabo_wr(MB/s)"},
+           {"1 |llcc_rd|MB/s|period|llcc", "2 |llcc_wr|MB/s|period|llcc",
+            "3 |cabo_rd|MB/s|period|cabo", "4 |cabo_wr|MB/s|period|cabo"}},
+    Header{"mem",
+           "mem: Memory",
+           {"Time(usec)", "Used_Mem(KB)", "Mem_Usage(%)", "Swap_Used(KB)", "Swap_Used(%)"},
+           {"1 |Used_Mem|KB|state|", "2 |Mem_Usage|%|state|", "3 |Swap_Used|KB|state|",
+            "4 |Swap_Used|%|state|"}},
+    Header{
+        "proc",
+        "proc: Processes",
+        {"Time(usec)", "PID", "ProcessName", "UserTime", "SystemTime", "TotalTime", "CPU_Usage(%)"},
+        {"3 |UserTime|s|state| listed", "4 |SystemTime|s|state| listed",
+         "5 |TotalTime|s|state| listed", "6 |CPU_Usage|%|period|"}},
+    Header{"diskio",
+           "io: Disks",
+           {"Time(usec)", "Device", "Bytes_read", "KB_read/s", "Bytes_write", "KB_write/s"},
+           {"2 |read|MB/s|period|disk of bytes", "4 |write|MB/s|period|disk of bytes"}},
+    Header{"procmem-",
+           "procmem: Memory of processes",
+           {"Time(usec)", "PID", "PPID", "ProcessName", "VSS(KB)", "PSS(KB)"},
+           {"4 |VSS|KB|state|", "5 |PSS|KB|state|"}},
+    Header{"net",
+           "net: Network",
+           {"Time(usec)", "Network_Interface", "Collisions", "Tx_bw(bytes)", "Rx_bw(bytes)",
+            "Tx_packets", "Rx_packets", "Tx_packets(dropped)", "Rx_packets(dropped)"},
+           {"2 |Collisions||amount|", "3 |sent|MB/s|period|network of bytes",
+            "4 |received|MB/s|period|network of bytes", "6 |Rx_packets||amount|",
+            "7 |Tx_packets(dropped)||amount|dropped", "8 |Rx_packets(dropped)||amount|dropped"}},
+    Header{"battery",
+           "battery: battery",
+           {"Time(usec)", "cpu0-thermal(degC)", "Fan(%)", "Current(mA)", "clk_mean(MHz)", "Odd)"},
+           {"1 cpu0|cpu0-thermal|degC|state|", "2 |Fan|%|period|", "3 |Current|mA|state|",
+            "4 |clk_mean|MHz|period|", "5 |Odd)||state|"}}};
+
+INSTANTIATE_TEST_SUITE_P(Each, Sources, testing::ValuesIn(headers),
+                         [](const auto& info) { return std::to_string(info.index); });
 
 }  // namespace
 }  // namespace runs
