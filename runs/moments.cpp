@@ -59,9 +59,10 @@ void Moments::endSample(double time, double period) {
   const auto place = std::size_t(std::max<std::int64_t>(0, (microseconds >> shift_) - first_));
   if (place >= stretches_.size()) stretches_.resize(place + 1);
   Stretch sample{.end = time, .seconds = period, .uses = {}};
-  for (const auto& process : sample_)
-    sample.uses.push_back({process.pid, std::string(process.name), process.cpuSeconds,
-                           period > 0 ? process.cpuSeconds / period : 0});
+  for (const auto& process : sample_) {
+    const double peak = period > 0 ? process.cpuSeconds / period : 0;
+    sample.uses.push_back({process.pid, std::string(process.name), process.cpuSeconds, peak});
+  }
   addTo(stretches_[place], std::move(sample));
   keepMost(stretches_[place]);
   sample_.clear();
